@@ -1,0 +1,174 @@
+#include "tool/arguments.h"
+
+#include "tool/exit_codes.h"
+
+#include <CLI/CLI.hpp>
+
+#include <charconv>
+#include <map>
+
+namespace tool {
+namespace {
+
+constexpr char kUserValuePrefix[] = "sceneio.gltf.save.";
+
+// A flag in words for each user value of the savers.
+struct OptionFlag {
+  const char* flag;
+  const char* userValue;  // behind kUserValuePrefix
+  const char* text;
+  const char* inForce;  // the word whose value holds when neither flag nor scene file says otherwise
+  std::vector<std::pair<std::string, int>> words;
+};
+
+const std::vector<std::pair<std::string, int>> kOnOff = {{"on", 1}, {"off", 0}};
+
+const std::vector<OptionFlag>& OptionFlags() {
+  static const std::vector<OptionFlag> flags = {
+      {"--export-type",
+       "exportType",
+       "which items: all, the selected ones alone, or those with all below them",
+       "all",
+       {{"all", 0}, {"selected", 1}, {"hierarchy", 2}}},
+      {"--geometry", "geometry", "meshes", "on", kOnOff},
+      {"--materials", "materials", "materials and textures", "on", kOnOff},
+      {"--cameras", "cameras", "cameras", "on", kOnOff},
+      {"--animation", "animation", "animations", "on", kOnOff},
+      {"--skins", "morphMaps", "skins: joints and weights of deformed meshes", "on", kOnOff},
+      {"--skinned-space",
+       "skinnedMeshInWS",
+       "space of the positions of skinned meshes",
+       "world",
+       {{"world", 1}, {"object", 0}}},
+      {"--tangents", "tangentsBitangents", "tangents from tangent basis maps", "off", kOnOff},
+      {"--indices",
+       "indicesExport",
+       "bits of an index; with 16 a mesh of over 65535 corners is left out",
+       "16",
+       {{"16", 0}, {"32", 1}}},
+      {"--sample-rate",
+       "sampleAnimFpsMultiplier",
+       "samples of an animation, as a multiple of the scene's rate",
+       "1x",
+       {{"1x", 0}, {"2x", 1}}},
+      {"--actions",
+       "exportActionType",
+       "the scene's animation, every action of the actor, or the active one",
+       "scene",
+       {{"scene", 0}, {"all", 1}, {"active", 2}}},
+  };
+  return flags;
+}
+
+std::string Words(const OptionFlag& option) {
+  std::string words;
+  for (const auto& [word, value] : option.words) words += (words.empty() ? "" : "|") + word;
+  return words;
+}
+
+void AddOptionFlags(CLI::App& app, Arguments& arguments) {
+  for (const OptionFlag& option : OptionFlags()) {
+    const auto store = [&arguments, &option](const std::string& word) {
+      for (const auto& [known, value] : option.words)
+        if (known == word)
+          arguments.userValues.emplace_back(std::string(kUserValuePrefix) + option.userValue, value);
+    };
+    std::vector<std::string> words;
+    for (const auto& [word, value] : option.words) words.push_back(word);
+    app.add_option_function<std::string>(option.flag, store,
+                                         std::string(option.text) + " [" + option.inForce + "]")
+        ->type_name(Words(option))
+        ->check(CLI::IsMember(words).description(""))
+        ->group("What is exported (in brackets: in force unless the scene file says otherwise)");
+  }
+}
+
+// "NAME=VALUE"; throws a usage error.
+std::pair<std::string, std::int32_t> ParseUserValue(const std::string& text) {
+  const std::size_t equals = text.find('=');
+  std::int32_t value = 0;
+  if (equals != std::string::npos && equals != 0) {
+    const char* first = text.data() + equals + 1;
+    const char* last = text.data() + text.size();
+    const auto [end, error] = std::from_chars(first, last, value);
+    if (error == std::errc() && end == last && first != last) return {text.substr(0, equals), value};
+  }
+  throw CLI::ValidationError("--set", "'" + text + "' is not NAME=VALUE with a whole number");
+}
+
+void CheckUserValueName(const std::string& name) {
+  for (const OptionFlag& option : OptionFlags())
+    if (name == std::string(kUserValuePrefix) + option.userValue) return;
+  throw CLI::ValidationError("--set", "no user value is called '" + name + "'");
+}
+
+void AddCommonOptions(CLI::App& app, Arguments& arguments) {
+  app.add_option("input", arguments.input, "scene to read: .orvo or .obj")->required()->type_name("INPUT");
+}
+
+void AddExport(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("export", "Export a scene to glTF 2.0.");
+  AddCommonOptions(*command, arguments);
+  command->add_option("-o,--output", arguments.output, "file to write, ending in .glb or .gltf")
+      ->required()
+      ->type_name("OUTPUT");
+  AddOptionFlags(*command, arguments);
+  command
+      ->add_option_function<std::vector<std::string>>(
+          "--set",
+          [&arguments](const std::vector<std::string>& texts) {
+            for (const std::string& text : texts) {
+              arguments.userValues.push_back(ParseUserValue(text));
+              CheckUserValueName(arguments.userValues.back().first);
+            }
+          },
+          "set a user value by its full name, such as sceneio.gltf.save.exportType=0")
+      ->type_name("NAME=VALUE")
+      ->allow_extra_args(false);
+  command->add_option("--log", arguments.logFile, "write the host's log to a file, a JSON object a line")
+      ->type_name("FILE");
+  command->add_option("--module", arguments.module, "the plug-in to load")
+      ->type_name("FILE")
+      ->envname("VORNEL_MODULE");
+  const auto verbose = command->add_flag_callback(
+      "-v,--verbose", [&arguments] { arguments.verbosity = Verbosity::Verbose; }, "show the whole log");
+  command
+      ->add_flag_callback(
+          "-q,--quiet", [&arguments] { arguments.verbosity = Verbosity::Quiet; }, "show errors only")
+      ->excludes(verbose);
+  command->add_flag("--progress", arguments.progress, "show a progress bar");
+  command->callback([&arguments] { arguments.command = Command::Export; });
+}
+
+void AddInfo(CLI::App& app, Arguments& arguments) {
+  CLI::App* command = app.add_subcommand("info", "List what a scene holds.");
+  AddCommonOptions(*command, arguments);
+  command->callback([&arguments] { arguments.command = Command::Info; });
+}
+
+void CheckOutput(const Arguments& arguments) {
+  const std::string extension = arguments.output.extension().string();
+  if (arguments.command == Command::Export && extension != ".glb" && extension != ".gltf")
+    throw CLI::ValidationError("--output", "'" + arguments.output.string() + "' does not end in .glb or .gltf");
+}
+
+}  // namespace
+
+ParsedArguments ParseArguments(int argc, const char* const* argv) {
+  Arguments arguments;
+  CLI::App app("Exports scenes of the Orvo 3D application to glTF 2.0.", "vornel");
+  app.set_version_flag("--version", "vornel " VORNEL_VERSION);
+  app.require_subcommand(1);
+  app.footer("Exit codes: 0 done, 2 usage, 3 input can't be read, 4 output can't be written.");
+  AddExport(app, arguments);
+  AddInfo(app, arguments);
+  try {
+    app.parse(argc, argv);
+    CheckOutput(arguments);
+  } catch (const CLI::ParseError& error) {
+    return {std::nullopt, app.exit(error) == 0 ? kDone : kUsage};
+  }
+  return {arguments, kDone};
+}
+
+}  // namespace tool

@@ -1,0 +1,8 @@
+// How the command ends.
+#pragma once
+
+namespace tool {
+
+enum ExitCode : int { kDone = 0, kUsage = 2, kInput = 3, kOutput = 4 };
+
+}  // namespace tool

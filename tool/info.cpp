@@ -1,0 +1,68 @@
+#include "tool/info.h"
+
+#include "readers/read_scene.h"
+#include "tool/exit_codes.h"
+
+#include <fmt/core.h>
+
+#include <map>
+#include <string>
+
+namespace tool {
+namespace {
+
+using headless::ItemData;
+using headless::MeshData;
+using headless::SceneData;
+
+std::string MapTypeName(std::uint32_t type) {
+  std::string name;
+  for (int shift = 24; shift >= 0; shift -= 8) name += static_cast<char>(type >> shift);
+  return name.substr(0, name.find_last_not_of(' ') + 1);
+}
+
+void PrintMesh(const ItemData& item) {
+  const MeshData& mesh = *item.mesh;
+  fmt::print("  {}: {} points, {} polygons, {} polygon corners\n", item.name, mesh.PointCount(),
+             mesh.PolygonCount(), mesh.polygonPoints.size());
+  for (const headless::MeshMapData& map : mesh.maps)
+    fmt::print("    {} \"{}\"\n", MapTypeName(map.type), map.name);
+  for (const std::string& tag : mesh.material.texts) fmt::print("    material \"{}\"\n", tag);
+}
+
+std::size_t CountKeyedChannels(const SceneData& scene) {
+  std::size_t count = 0;
+  for (const ItemData& item : scene.items)
+    for (const headless::ChannelData& channel : item.channels) count += channel.envelope.has_value();
+  return count;
+}
+
+void PrintScene(const SceneData& scene) {
+  std::map<std::string, std::size_t> byType;
+  for (const ItemData& item : scene.items) ++byType[item.type];
+  fmt::print("{} items\n", scene.items.size());
+  for (const auto& [type, count] : byType) fmt::print("  {} {}\n", count, type);
+  if (byType.count("mesh") != 0) fmt::print("meshes\n");
+  for (const ItemData& item : scene.items)
+    if (item.mesh) PrintMesh(item);
+  fmt::print("{} keyed channels, {} channel links, {} selected items\n", CountKeyedChannels(scene),
+             scene.channelLinks.size(), scene.selection.size());
+  for (const auto& [name, value] : scene.userValues) fmt::print("{} = {}\n", name, value);
+}
+
+}  // namespace
+
+int RunInfo(const Arguments& arguments, const Report& report) {
+  try {
+    readers::ReadReport read;
+    const SceneData scene = readers::ReadScene(arguments.input, read);
+    for (const std::string& warning : read.warnings) report.Warning(warning);
+    PrintScene(scene);
+    return kDone;
+  } catch (const readers::InputError& error) {
+    report.Error(error.what());
+    return kInput;
+  }
+}
+
+}  // namespace tool

@@ -1,0 +1,42 @@
+#include "tool/module_loader.h"
+
+#include <dlfcn.h>
+#include <string>
+
+namespace tool {
+
+std::filesystem::path DefaultModulePath() {
+  std::error_code error;
+  const std::filesystem::path command = std::filesystem::read_symlink("/proc/self/exe", error);
+  return command.parent_path().parent_path() / "lib" / "vornel" / "vornel.zy";
+}
+
+LoadedModule::LoadedModule(const std::filesystem::path& file, IZyHost& host) : file_(file) {
+  // An absolute path, so that the system's library folders aren't searched.
+  library_ = dlopen(std::filesystem::absolute(file).c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!library_) throw ModuleError(std::string("can't load the plug-in: ") + dlerror());
+  // POSIX gives a function's address as an object pointer.
+  auto* const entry = reinterpret_cast<ZyModuleEntry*>(dlsym(library_, "_IZyModule_Create"));
+  if (!entry || ZyFailed(entry(&host, &module_)) || !module_) {
+    dlclose(library_);
+    throw ModuleError(file.string() + ": not a plug-in module: " +
+                      (entry ? "its entry _IZyModule_Create failed" : "it has no entry _IZyModule_Create"));
+  }
+}
+
+LoadedModule::~LoadedModule() {
+  module_->Release();
+  dlclose(library_);
+}
+
+CountedRef<IZySaver> LoadedModule::NewSaver(const char* serverName) const {
+  IZyFactory* const factory = module_->Factory(serverName);
+  if (!factory) throw ModuleError(file_.string() + ": the plug-in has no server " + serverName);
+  IZyObject* object = nullptr;
+  CountedRef<IZySaver> saver;
+  if (ZyFailed(factory->Spawn(object)) || ZyFailed(saver.Take(object)))
+    throw ModuleError(file_.string() + ": server " + serverName + " gives no saver");
+  return saver;
+}
+
+}  // namespace tool

@@ -1,0 +1,105 @@
+#include "tool/staging.h"
+
+#include "tool/output_error.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <functional>
+#include <pthread.h>
+#include <stdlib.h>
+#include <thread>
+#include <unistd.h>
+
+namespace tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path DirectoryOf(const fs::path& target) {
+  return target.has_parent_path() ? target.parent_path() : fs::path(".");
+}
+
+// Waits for a signal to end the command and removes the directory before it does. Removing a tree isn't allowed
+// in a signal handler, so a thread of its own takes the signals.
+void RemoveOnSignal(const fs::path& directory) {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  std::thread([signals, directory] {
+    int number = 0;
+    sigwait(&signals, &number);
+    std::error_code ignored;
+    fs::remove_all(directory, ignored);
+    _exit(128 + number);
+  }).detach();
+}
+
+struct Move {
+  fs::path from, to;
+  fs::path backup;  // the file that stood at `to`, empty for none
+};
+
+void PutBack(const std::vector<Move>& moves) {
+  std::error_code ignored;
+  for (const Move& move : moves) {
+    if (move.backup.empty())
+      fs::remove(move.to, ignored);
+    else
+      fs::rename(move.backup, move.to, ignored);
+  }
+}
+
+}  // namespace
+
+Staging::Staging(const fs::path& target) : target_(target) {
+  std::error_code error;
+  if (fs::is_directory(target_, error)) throw OutputError(target_.string() + ": is a directory");
+  const fs::path parent = DirectoryOf(target_);
+  if (!fs::is_directory(parent, error))
+    throw OutputError(target_.string() + ": there is no folder " + parent.string());
+  std::string name = (parent / ".vornel-XXXXXX").string();
+  if (!mkdtemp(name.data()))
+    throw OutputError(target_.string() + ": can't write into " + parent.string() + ": " + std::strerror(errno));
+  directory_ = fs::absolute(name);
+  RemoveOnSignal(directory_);
+}
+
+Staging::~Staging() {
+  std::error_code ignored;
+  fs::remove_all(directory_, ignored);
+}
+
+std::vector<fs::path> Staging::MoveIntoPlace() const {
+  std::vector<Move> moves;
+  for (const fs::directory_entry& entry : fs::directory_iterator(directory_))
+    if (entry.path().filename() != target_.filename())
+      moves.push_back({entry.path(), DirectoryOf(target_) / entry.path().filename(), {}});
+  std::sort(moves.begin(), moves.end(), [](const Move& a, const Move& b) { return a.to < b.to; });
+  moves.push_back({directory_ / target_.filename(), target_, {}});
+
+  std::vector<Move> done;
+  std::vector<fs::path> files;
+  for (Move& move : moves) {
+    std::error_code error;
+    const fs::path backup = directory_ / (".old" + std::to_string(done.size()));
+    if (fs::exists(fs::symlink_status(move.to, error))) {
+      // A second name keeps the old file reachable, so that the target is never missing.
+      fs::create_hard_link(move.to, backup, error);
+      if (error) fs::copy_file(move.to, backup, error);
+      if (!error) move.backup = backup;
+    }
+    if (!error) fs::rename(move.from, move.to, error);
+    if (error) {
+      PutBack(done);
+      throw OutputError(move.to.string() + ": can't be replaced: " + error.message());
+    }
+    files.push_back(move.to);
+    done.push_back(move);
+  }
+  return files;
+}
+
+}  // namespace tool

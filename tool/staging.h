@@ -1,0 +1,32 @@
+// A fresh directory beside the target that an export is written into, so that nothing half-written ever stands
+// under the target's name.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+class Staging {
+ public:
+  // Makes the directory in that of `target`. Throws OutputError when the target is a directory or nothing can be
+  // written there. Its contents are removed when it goes, and on SIGINT, SIGTERM and SIGHUP.
+  explicit Staging(const std::filesystem::path& target);
+  ~Staging();
+  Staging(const Staging&) = delete;
+  Staging& operator=(const Staging&) = delete;
+
+  const std::filesystem::path& Directory() const { return directory_; }
+
+  // Moves every file of the staging directory beside the target, the target itself last, replacing what stands
+  // there. When a move fails the files moved before are put back as they were, and OutputError is thrown.
+  // Returns the files in place.
+  std::vector<std::filesystem::path> MoveIntoPlace() const;
+
+ private:
+  std::filesystem::path target_;
+  std::filesystem::path directory_;
+};
+
+}  // namespace tool
