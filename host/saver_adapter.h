@@ -5,8 +5,6 @@
 #include "host/module_api.h"
 #include "host/scene_saver.h"
 
-#include <new>
-
 // Answers from a class's tag table, which ends at a row with a null key.
 template <class T>
 class CZyIfc_StaticDesc : public IZyStaticDesc {
@@ -49,9 +47,11 @@ class SaverFactory : public CountedObject<IZyFactory, CZyIfc_StaticDesc<T>> {
     return ZYe_OK;
   }
   zyresult Spawn(IZyObject*& object) override {
-    auto* saver = new (std::nothrow) CZyIfc_Saver<T>;
-    if (!saver) return ZYe_FAILED;
-    object = static_cast<IZySaver*>(saver);
-    return ZYe_OK;
+    try {
+      object = static_cast<IZySaver*>(new CZyIfc_Saver<T>);
+      return ZYe_OK;
+    } catch (...) {
+      return ZYe_FAILED;
+    }
   }
 };

@@ -83,9 +83,9 @@ std::vector<fs::path> Staging::MoveIntoPlace() const {
   std::vector<Move> done;
   std::vector<fs::path> files;
   for (Move& move : moves) {
-    std::error_code error;
+    std::error_code error, none;
     const fs::path backup = directory_ / (".old" + std::to_string(done.size()));
-    if (fs::exists(fs::symlink_status(move.to, error))) {
+    if (fs::exists(fs::symlink_status(move.to, none))) {
       // A second name keeps the old file reachable, so that the target is never missing.
       fs::create_hard_link(move.to, backup, error);
       if (error) fs::copy_file(move.to, backup, error);

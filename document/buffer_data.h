@@ -1,0 +1,10 @@
+// The contents of the binary buffer.
+#pragma once
+
+#include "document/document.h"
+#include "document/file_stream.h"
+
+// Writes the document's blocks in order and frees each one. In a .glb images go into the stream, else they
+// are copied into the directory. False when an image copy can't be written; failures of the stream show in
+// the stream.
+bool WriteBufferData(GltfDocument& document, FileStream& stream, const std::string& directory);

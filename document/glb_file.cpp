@@ -1,0 +1,54 @@
+#include "document/glb_file.h"
+
+#include "document/buffer_data.h"
+#include "document/buffers.h"
+#include "document/json_text.h"
+
+namespace {
+
+constexpr std::uint32_t kMagic = 0x46546C67;      // "glTF"
+constexpr std::uint32_t kJsonChunk = 0x4E4F534A;  // "JSON"
+constexpr std::uint32_t kBinChunk = 0x004E4942;   // "BIN\0"
+constexpr std::uint32_t kVersion = 2;
+constexpr std::uint32_t kHeaderBytes = 12;
+constexpr std::uint32_t kChunkHeaderBytes = 8;
+
+// Measures a text without keeping it.
+struct CountingStream {
+  using Ch = char;
+  void Put(char) { ++length; }
+  void Flush() {}
+  std::uint32_t length = 0;
+};
+
+void PutU32(FileStream& stream, std::uint32_t value) {
+  for (int shift = 0; shift < 32; shift += 8) stream.Put(static_cast<char>(value >> shift & 0xFFu));
+}
+
+}  // namespace
+
+bool WriteGlb(GltfDocument& document, const std::string& path, const JsonValue& root) {
+  CountingStream measured;
+  WriteJsonText(root, measured);
+  const std::uint32_t textPadding = PaddingOf(measured.length);
+  const std::uint32_t jsonBytes = measured.length + textPadding;
+  std::uint32_t blockBytes = 0;
+  for (const GltfDataBlock& block : document.dataBlocks) blockBytes += block.byteLength;
+  const std::uint32_t binPadding = PaddingOf(blockBytes);
+  const std::uint32_t binBytes = blockBytes + binPadding;
+
+  FileStream stream(path);
+  if (stream.Failed()) return false;
+  PutU32(stream, kMagic);
+  PutU32(stream, kVersion);
+  PutU32(stream, kHeaderBytes + kChunkHeaderBytes + jsonBytes + kChunkHeaderBytes + binBytes);
+  PutU32(stream, jsonBytes);
+  PutU32(stream, kJsonChunk);
+  WriteJsonText(root, stream);
+  stream.PutRepeated(' ', textPadding);
+  PutU32(stream, binBytes);
+  PutU32(stream, kBinChunk);
+  WriteBufferData(document, stream, "");
+  stream.PutRepeated('\0', binPadding);
+  return stream.Close();
+}

@@ -1,0 +1,29 @@
+#include "document/path_rules.h"
+
+#include <algorithm>
+
+namespace {
+
+FilePtr Open(const std::string& path, const char* mode) {
+  return FilePtr(std::fopen(SystemPath(path).string().c_str(), mode));
+}
+
+}  // namespace
+
+std::string CutExtension(const std::string& path) { return path.substr(0, path.rfind('.')); }
+
+std::string ExtensionOf(const std::string& path) { return path.substr(path.rfind('.') + 1); }
+
+std::string FileNameOf(const std::string& path) { return path.substr(path.rfind('\\') + 1); }
+
+std::filesystem::path SystemPath(const std::string& path) {
+  std::string text = path;
+#ifndef _WIN32
+  std::replace(text.begin(), text.end(), '\\', '/');
+#endif
+  return text;
+}
+
+FilePtr OpenForReading(const std::string& path) { return Open(path, "rb"); }
+
+FilePtr OpenForWriting(const std::string& path) { return Open(path, "wb"); }

@@ -1,0 +1,89 @@
+// The values of channels in each state of the scene: layers, curves, active clips, links between numbers.
+#pragma once
+
+#include "headless/scene_index.h"
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace headless {
+
+enum class Layer { Setup, Edit };
+
+// What a layer holds, or what the host makes of it when links drive channels.
+enum class Evaluation { Stored, Driven };
+
+// Which values a channel read shows.
+struct ReadState {
+  Layer layer = Layer::Edit;
+  Evaluation evaluation = Evaluation::Driven;
+  double time = 0;  // seconds
+};
+
+enum class Activity { Off, On };
+
+class ChannelValues {
+ public:
+  // The index outlives the values.
+  explicit ChannelValues(const SceneIndex& index);
+
+  // All take channels that exist. Nothing or null when the channel holds no such value.
+  std::optional<double> Number(const ReadState& state, ChannelRef ref) const;
+  const std::string* Text(const ReadState& state, ChannelRef ref) const;
+  // The channel's own curve in a layer.
+  const EnvelopeData* Envelope(Layer layer, ChannelRef ref) const;
+  std::uint32_t LinkCount(ChannelRef ref) const;
+
+  bool IsActive(ItemIndex clip) const { return activities_[At(clip)] == Activity::On; }
+  // Of the clips that share a group, at most one is active.
+  void SetActivity(ItemIndex clip, Activity activity);
+  // Changes whenever a value changes.
+  std::uint32_t Revision() const { return revision_; }
+
+ private:
+  using ClipValue = std::variant<ChannelValue, EnvelopeData>;
+
+  // What a layer shows of a channel, clips in force considered.
+  struct Shown {
+    const EnvelopeData* curve = nullptr;
+    double number = 0;  // where there is no curve
+  };
+
+  enum class SlotType : std::uint8_t { Integer, Double, NoNumber };
+
+  struct Slot {
+    std::array<Shown, 2> shown;          // by layer
+    const ClipValue* inForce = nullptr;  // of the active clip
+    std::int32_t link = -1;              // the link that drives the number
+    std::uint32_t linkCount = 0;
+    mutable std::size_t curveHint = 0;
+    SlotType type = SlotType::NoNumber;
+  };
+
+  const Slot& SlotOf(ChannelRef ref) const { return slots_[index_.ChannelPlace(ref)]; }
+  const ChannelValue& StoredValue(Layer layer, ChannelRef ref) const;
+  double OwnNumber(const ReadState& state, const Slot& slot) const;
+  double DrivenNumber(const ReadState& state, const Slot& slot) const;
+  void AddSlots();
+  void Show(ChannelRef ref, Layer layer);
+  void AddLinks();
+  void CutLinkCircles();
+  void GroupClips();
+  void SwapIn(ItemIndex clip, Activity activity);
+
+  const SceneIndex& index_;
+  std::vector<Slot> slots_;
+  std::vector<Activity> activities_;   // per item
+  std::vector<ItemIndex> clipGroups_;  // per item: the group that lists the clip, -1 for none
+  std::uint32_t revision_ = 0;
+  mutable std::vector<const ChannelLink*> linkPath_;  // scratch
+};
+
+// Numbers as an integer channel holds them: towards zero, within range.
+std::int32_t TruncateToInteger(double value);
+
+}  // namespace headless

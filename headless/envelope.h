@@ -1,0 +1,13 @@
+// Curves over time.
+#pragma once
+
+#include "headless/scene_data.h"
+
+#include <cstddef>
+
+namespace headless {
+
+// The curve's value. `hint` is any number; handing the same one in again makes a walk through time cheap.
+double EvaluateEnvelope(const EnvelopeData& envelope, double time, std::size_t& hint);
+
+}  // namespace headless

@@ -1,0 +1,64 @@
+#include "headless/host.h"
+
+#include "headless/command_service.h"
+#include "headless/deform.h"
+#include "headless/host_state.h"
+#include "headless/log_service.h"
+#include "headless/message_service.h"
+#include "headless/services.h"
+
+namespace headless {
+
+struct Host::Impl {
+  explicit Impl(SceneData scene)
+      : state(std::move(scene)),
+        sceneService(state),
+        selection(state),
+        platform(state.Data().application),
+        values(state),
+        deformers(state),
+        log(state.live, stream),
+        messages(state.live),
+        dialogs(stream),
+        commands(state) {}
+
+  HostState state;
+  LogStream stream;
+  SceneService sceneService;
+  SelectionService selection;
+  PlatformService platform;
+  ValueService values;
+  DeformerService deformers;
+  LogService log;
+  MessageService messages;
+  DialogService dialogs;
+  CommandService commands;
+};
+
+Host::Host(SceneData scene) : impl_(std::make_unique<Impl>(std::move(scene))) {}
+
+Host::~Host() = default;
+
+IZyObject* Host::Service(std::uint32_t id) {
+  IZyObject* const services[] = {&impl_->sceneService, &impl_->selection, &impl_->platform,
+                                 &impl_->values,       &impl_->deformers, &impl_->log,
+                                 &impl_->messages,     &impl_->dialogs,   &impl_->commands};
+  if (id == IZyObject::kId) return nullptr;
+  for (IZyObject* service : services)
+    if (service->Interface(id)) return service;
+  return nullptr;
+}
+
+IZyScene* Host::Scene() { return impl_->state.Scene(); }
+
+void Host::SetLogSink(LogSink sink) { impl_->stream.SetSink(std::move(sink)); }
+
+void Host::FlushLog() { impl_->stream.Flush(); }
+
+const SceneData& Host::Data() const { return impl_->state.Data(); }
+
+void Host::SetUserValue(const std::string& name, std::int32_t value) { impl_->values.Set(name, value); }
+
+std::size_t Host::LiveObjects() const { return impl_->state.live; }
+
+}  // namespace headless

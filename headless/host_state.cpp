@@ -1,0 +1,67 @@
+#include "headless/host_state.h"
+
+#include "headless/host_paths.h"
+#include "headless/item.h"
+#include "headless/scene.h"
+
+namespace headless {
+
+namespace {
+
+// Every mesh has a mesh and every triangle surface a surface, if an empty one.
+SceneData Completed(SceneData scene) {
+  for (ItemData& item : scene.items) {
+    if (TypeDerivesFrom(scene, item.type, "mesh")) {
+      if (FindChannel(item, "mesh") < 0) SetChannel(item, "mesh", 0.0);
+      if (!item.mesh) item.mesh = std::make_shared<const MeshData>();
+    }
+    if (TypeDerivesFrom(scene, item.type, "triSurf") && FindChannel(item, "surf") < 0)
+      SetChannel(item, "surf", 0.0);
+  }
+  return scene;
+}
+
+}  // namespace
+
+HostState::HostState(SceneData data)
+    : scene_(Completed(std::move(data))),
+      index(scene_),
+      values(index),
+      evaluator(index, values),
+      sceneObject_(std::make_unique<SceneObject>(*this)) {
+  items_.reserve(scene_.items.size());
+  for (std::size_t place = 0; place < scene_.items.size(); ++place)
+    items_.emplace_back(*this, static_cast<ItemIndex>(place));
+}
+
+HostState::~HostState() = default;
+
+ItemIndex HostState::IndexOf(IZyItem* item) { return item ? static_cast<Item*>(item)->Index() : -1; }
+
+IZyItem* HostState::Object(ItemIndex item) { return &items_[At(item)]; }
+
+zyresult HostState::Give(ItemIndex item, IZyObject*& out) {
+  if (!index.HasItem(item)) return ZYe_FAILED;
+  out = Object(item);
+  out->AddRef();
+  return ZYe_OK;
+}
+
+IZyScene* HostState::Scene() { return sceneObject_.get(); }
+
+const std::shared_ptr<MeshStore>& HostState::MeshOf(ItemIndex mesh) {
+  const auto& data = Data(mesh).mesh;
+  std::shared_ptr<MeshStore>& store = meshStores_[data.get()];
+  if (!store) store = MakeMeshStore(data);
+  return store;
+}
+
+const char* HostState::ImagePath(ItemIndex imageMap) {
+  const auto& path = Data(imageMap).imagePath;
+  if (!path) return nullptr;
+  const auto [entry, isNew] = imagePaths_.try_emplace(imageMap);
+  if (isNew) entry->second = ResolveHostPath(scene_.directory, *path);
+  return entry->second.c_str();
+}
+
+}  // namespace headless

@@ -1,0 +1,56 @@
+// What all parts of the host share.
+#pragma once
+
+#include "headless/channel_values.h"
+#include "headless/evaluator.h"
+#include "headless/mesh_access.h"
+#include "headless/scene_index.h"
+#include "host/scene_api.h"
+
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace headless {
+
+class Item;
+class SceneObject;
+
+class HostState {
+ public:
+  explicit HostState(SceneData data);
+  ~HostState();
+
+  const SceneData& Data() const { return scene_; }
+  const ItemData& Data(ItemIndex item) const { return scene_.items[At(item)]; }
+
+  // -1 for null.
+  static ItemIndex IndexOf(IZyItem* item);
+  // The one object of an item, without a reference. The index is valid.
+  IZyItem* Object(ItemIndex item);
+  // Hands the item out counted; fails when there is no item of the index.
+  zyresult Give(ItemIndex item, IZyObject*& out);
+  IZyScene* Scene();
+
+  const std::shared_ptr<MeshStore>& MeshOf(ItemIndex mesh);
+  // In the host's form; null when the image map has no image.
+  const char* ImagePath(ItemIndex imageMap);
+
+ private:
+  SceneData scene_;
+
+ public:
+  const SceneIndex index;
+  ChannelValues values;
+  Evaluator evaluator;
+  std::size_t live = 0;  // temporary objects
+
+ private:
+  std::vector<Item> items_;  // by index, so that the order of pointers is scene order
+  std::unique_ptr<SceneObject> sceneObject_;
+  std::unordered_map<const MeshData*, std::shared_ptr<MeshStore>> meshStores_;  // meshes may share their data
+  std::unordered_map<ItemIndex, std::string> imagePaths_;
+};
+
+}  // namespace headless

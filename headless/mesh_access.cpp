@@ -1,0 +1,313 @@
+#include "headless/mesh_access.h"
+
+#include "headless/host_object.h"
+#include "headless/mesh_finders.h"
+#include "headless/mesh_store.h"
+#include "headless/triangulate.h"
+#include "host/fourcc.h"
+
+#include <string_view>
+#include <utility>
+
+namespace headless {
+namespace {
+
+// Map ids are the place in the mesh's list + 1.
+const MapView* FindMap(const std::vector<MapView>& maps, ZyMeshMapId id) {
+  return id - 1 < maps.size() ? &maps[id - 1] : nullptr;
+}
+
+zyresult WriteValue(const MapView& map, std::uint32_t value, float* out) {
+  if (value == kNone) return ZYe_NO_VALUE;
+  const float* from = map.values + std::size_t{value} * map.dimension;
+  for (std::uint32_t place = 0; place < map.dimension; ++place) out[place] = from[place];
+  return ZYe_OK;
+}
+
+// An accessor begins on nothing; selecting what isn't there fails and leaves it where it was.
+class PointAccessor final : public HostObject<IZyPoint> {
+ public:
+  PointAccessor(std::shared_ptr<MeshStore> store, std::size_t& live)
+      : HostObject(live),
+        store_(std::move(store)),
+        positions_(store_->Data().points.data()),
+        maps_(store_->Maps()),
+        points_(*store_),
+        corners_(store_->Data()) {}
+
+  zyresult SelectByIndex(std::uint32_t index) override {
+    if (index >= points_.Count()) return ZYe_FAILED;
+    point_ = index;
+    return ZYe_OK;
+  }
+
+  zyresult SelectById(ZyPointId id) override {
+    const std::uint32_t point = points_.Find(id);
+    if (point == kNone) return ZYe_FAILED;
+    point_ = point;
+    return ZYe_OK;
+  }
+
+  zyresult Id(ZyPointId& id) override {
+    if (point_ == kNone) return ZYe_FAILED;
+    id = points_.IdOf(point_);
+    return ZYe_OK;
+  }
+
+  zyresult Index(std::uint32_t& index) override {
+    if (point_ == kNone) return ZYe_FAILED;
+    index = point_;
+    return ZYe_OK;
+  }
+
+  zyresult Position(float (&position)[3]) override {
+    if (point_ == kNone) return ZYe_FAILED;
+    const float* from = positions_ + std::size_t{3} * point_;
+    for (int axis = 0; axis < 3; ++axis) position[axis] = from[axis];
+    return ZYe_OK;
+  }
+
+  zyresult MapValue(ZyMeshMapId map, float* value) override {
+    const MapView* view = FindMap(maps_, map);
+    if (!view || point_ == kNone) return ZYe_FAILED;
+    return WriteValue(*view, view->pointValues ? view->pointValues[point_] : kNone, value);
+  }
+
+  zyresult Normal(ZyPolygonId polygonId, double (&normal)[3]) override {
+    const std::uint32_t polygon = corners_.FindPolygon(polygonId);
+    if (polygon == kNone || point_ == kNone) return ZYe_FAILED;
+    const std::uint32_t corner = corners_.Find(polygon, point_);
+    if (corner == kNone) return ZYe_FAILED;
+    if (!normals_) normals_ = store_->CornerNormals();
+    const double* from = normals_ + std::size_t{3} * corner;
+    for (int axis = 0; axis < 3; ++axis) normal[axis] = from[axis];
+    return ZYe_OK;
+  }
+
+ private:
+  std::shared_ptr<MeshStore> store_;
+  const float* positions_;
+  const double* normals_ = nullptr;
+  const std::vector<MapView>& maps_;
+  PointFinder points_;
+  CornerFinder corners_;
+  std::uint32_t point_ = kNone;
+};
+
+class PolygonAccessor final : public HostObject<IZyPolygon> {
+ public:
+  PolygonAccessor(std::shared_ptr<MeshStore> store, std::size_t& live)
+      : HostObject(live),
+        store_(std::move(store)),
+        mesh_(store_->Data()),
+        starts_(mesh_.polygonStarts.data()),
+        cornerPoints_(mesh_.polygonPoints.data()),
+        maps_(store_->Maps()),
+        recorded_(!mesh_.triangleStarts.empty()),
+        points_(*store_),
+        corners_(mesh_) {}
+
+  zyresult SelectByIndex(std::uint32_t index) override {
+    return Select(corners_.FindPolygon(ZyPolygonId{index} + 1));
+  }
+
+  zyresult SelectById(ZyPolygonId id) override { return Select(corners_.FindPolygon(id)); }
+
+  zyresult Id(ZyPolygonId& id) override {
+    if (polygon_ == kNone) return ZYe_FAILED;
+    id = ZyPolygonId{polygon_} + 1;
+    return ZYe_OK;
+  }
+
+  zyresult TriangleCount(std::uint32_t& count) override {
+    if (polygon_ == kNone) return ZYe_FAILED;
+    if (recorded_ || size_ > 4) {
+      const TriangleTable& table = Table();
+      count = table.starts[polygon_ + 1] - table.starts[polygon_];
+    } else {
+      count = size_ < 3 ? 0 : size_ - 2;
+    }
+    return ZYe_OK;
+  }
+
+  zyresult TriangleByIndex(std::uint32_t index, ZyPointId (&points)[3]) override {
+    std::uint32_t count = 0;
+    if (ZyFailed(TriangleCount(count)) || index >= count) return ZYe_FAILED;
+    if (recorded_ || size_ > 4) {
+      const TriangleTable& table = Table();
+      const std::uint32_t* triangle = table.points + (std::size_t{table.starts[polygon_]} + index) * 3;
+      for (int place = 0; place < 3; ++place) points[place] = points_.IdOf(triangle[place]);
+    } else if (size_ == 3) {
+      for (std::uint32_t place = 0; place < 3; ++place)
+        points[place] = points_.IdOf(cornerPoints_[begin_ + place]);
+    } else {
+      const std::uint32_t* triangle = SplitQuad(mesh_.points.data(), cornerPoints_ + begin_)[index];
+      for (int place = 0; place < 3; ++place) {
+        points[place] = points_.IdOf(cornerPoints_[begin_ + triangle[place]]);
+      }
+    }
+    return ZYe_OK;
+  }
+
+  const char* GetTag(std::uint32_t tagId) override {
+    if (tagId == kTagMaterial) return TextOf(mesh_.material);
+    return tagId == kTagPart ? TextOf(mesh_.part) : nullptr;
+  }
+
+  zyresult MapEvaluate(ZyMeshMapId map, ZyPointId point, float* value) override {
+    const MapView* view = FindMap(maps_, map);
+    if (!view || !FindCorner(point)) return ZYe_FAILED;
+    std::uint32_t found = view->cornerValues ? view->cornerValues[corner_] : kNone;
+    if (found == kNone && view->pointValues) found = view->pointValues[cornerPoints_[corner_]];
+    return WriteValue(*view, found, value);
+  }
+
+  zyresult MapValue(ZyMeshMapId map, ZyPointId point, float* value) override {
+    const MapView* view = FindMap(maps_, map);
+    if (!view || !FindCorner(point)) return ZYe_FAILED;
+    return WriteValue(*view, view->cornerValues ? view->cornerValues[corner_] : kNone, value);
+  }
+
+ private:
+  zyresult Select(std::uint32_t polygon) {
+    if (polygon == kNone) return ZYe_FAILED;
+    if (polygon == polygon_) return ZYe_OK;
+    polygon_ = polygon;
+    begin_ = starts_[polygon];
+    size_ = starts_[polygon + 1] - begin_;
+    corner_ = kNone;
+    return ZYe_OK;
+  }
+
+  const TriangleTable& Table() {
+    if (!table_) table_ = &store_->Triangles();
+    return *table_;
+  }
+
+  const char* TextOf(const PolygonTagData& tag) const {
+    if (polygon_ == kNone || tag.perPolygon.empty() || tag.perPolygon[polygon_] == kNone) return nullptr;
+    return tag.texts[tag.perPolygon[polygon_]].c_str();
+  }
+
+  // Makes the polygon's corner at the point current.
+  bool FindCorner(ZyPointId id) {
+    if (corner_ != kNone && id == cornerId_) return true;
+    if (polygon_ == kNone) return false;
+    const std::uint32_t point = points_.Find(id);
+    corner_ = point == kNone ? kNone : corners_.Find(polygon_, point);
+    cornerId_ = id;
+    return corner_ != kNone;
+  }
+
+  std::shared_ptr<MeshStore> store_;
+  const MeshData& mesh_;
+  const std::uint32_t* starts_;
+  const std::uint32_t* cornerPoints_;
+  const std::vector<MapView>& maps_;
+  const TriangleTable* table_ = nullptr;
+  const bool recorded_;
+  PointFinder points_;
+  CornerFinder corners_;
+  std::uint32_t polygon_ = kNone;
+  std::uint32_t begin_ = 0;
+  std::uint32_t size_ = 0;
+  std::uint32_t corner_ = kNone;
+  ZyPointId cornerId_ = 0;
+};
+
+class MeshMapAccessor final : public HostObject<IZyMeshMap> {
+ public:
+  MeshMapAccessor(std::shared_ptr<MeshStore> store, std::size_t& live)
+      : HostObject(live), store_(std::move(store)), maps_(store_->Data().maps) {}
+
+  zyresult FilterByType(std::uint32_t type) override {
+    filter_ = type;
+    return ZYe_OK;
+  }
+
+  zyresult Enumerate(CZyImpl_AbstractVisitor& visitor) override {
+    for (std::size_t map = 0; map < maps_.size(); ++map) {
+      if (filter_ != 0 && maps_[map].type != filter_) continue;
+      current_ = map;
+      if (const zyresult result = visitor.Evaluate(); ZyFailed(result)) return result;
+    }
+    return ZYe_OK;
+  }
+
+  zyresult Name(const char*& text) override {
+    if (current_ == kNoMap) return ZYe_FAILED;
+    text = maps_[current_].name.c_str();
+    return ZYe_OK;
+  }
+
+  zyresult Id(ZyMeshMapId& id) override {
+    if (current_ == kNoMap) return ZYe_FAILED;
+    id = current_ + 1;
+    return ZYe_OK;
+  }
+
+  // An unknown name leaves no map current, so that a walk doesn't take another map's values for it.
+  zyresult SelectByName(std::uint32_t type, const char* name) override {
+    current_ = kNoMap;
+    for (std::size_t map = 0; map < maps_.size() && name; ++map) {
+      if (maps_[map].type == type && maps_[map].name == name) {
+        current_ = map;
+        return ZYe_OK;
+      }
+    }
+    return ZYe_FAILED;
+  }
+
+  zyresult EnumerateContents(CZyImpl_AbstractVisitor& visitor, IZyPoint* point) override {
+    if (current_ == kNoMap || !point) return ZYe_FAILED;
+    const Array<std::uint32_t>& values = maps_[current_].pointValues;
+    for (std::uint32_t index = 0; index < values.size(); ++index) {
+      if (values[index] == kNone) continue;
+      if (const zyresult result = point->SelectByIndex(index); ZyFailed(result)) return result;
+      if (const zyresult result = visitor.Evaluate(); ZyFailed(result)) return result;
+    }
+    return ZYe_OK;
+  }
+
+ private:
+  static constexpr std::size_t kNoMap = static_cast<std::size_t>(-1);
+
+  std::shared_ptr<MeshStore> store_;
+  const std::vector<MeshMapData>& maps_;
+  std::uint32_t filter_ = 0;  // 0 lets every type through
+  std::size_t current_ = kNoMap;
+};
+
+class Mesh final : public HostObject<IZyMesh> {
+ public:
+  Mesh(std::shared_ptr<MeshStore> store, std::size_t& live) : HostObject(live), store_(std::move(store)) {}
+
+  zyresult PointCount(std::uint32_t& count) override {
+    count = store_->Data().PointCount();
+    return ZYe_OK;
+  }
+
+  zyresult PolygonCount(std::uint32_t& count) override {
+    count = store_->Data().PolygonCount();
+    return ZYe_OK;
+  }
+
+  zyresult PointAccessor(IZyObject*& accessor) override { return Give<headless::PointAccessor>(accessor); }
+  zyresult PolygonAccessor(IZyObject*& accessor) override { return Give<headless::PolygonAccessor>(accessor); }
+  zyresult MeshMapAccessor(IZyObject*& accessor) override { return Give<headless::MeshMapAccessor>(accessor); }
+
+ private:
+  template <class Accessor>
+  zyresult Give(IZyObject*& accessor) {
+    accessor = new Accessor(store_, LiveCounter());
+    return ZYe_OK;
+  }
+
+  std::shared_ptr<MeshStore> store_;
+};
+
+}  // namespace
+
+IZyMesh* NewMesh(std::shared_ptr<MeshStore> store, std::size_t& live) { return new Mesh(std::move(store), live); }
+
+}  // namespace headless

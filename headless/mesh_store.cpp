@@ -1,0 +1,77 @@
+#include "headless/mesh_store.h"
+
+#include "headless/shading_normals.h"
+#include "headless/triangulate.h"
+
+#include <utility>
+
+namespace headless {
+namespace {
+
+// An empty view of a mapped file has an address too.
+template <class T>
+const T* DataOrNull(const Array<T>& array) {
+  return array.empty() ? nullptr : array.data();
+}
+
+}  // namespace
+
+MeshStore::MeshStore(std::shared_ptr<const MeshData> data) : data_(std::move(data)) {
+  maps_.reserve(data_->maps.size());
+  for (const MeshMapData& map : data_->maps) {
+    maps_.push_back({map.values.data(), DataOrNull(map.pointValues), DataOrNull(map.cornerValues), map.dimension});
+  }
+  if (!data_->triangleStarts.empty()) {
+    triangles_ = {data_->triangleStarts.data(), data_->trianglePoints.data()};
+  }
+}
+
+std::uint32_t MeshStore::FindExplicitId(ZyPointId id) {
+  if (pointsById_.empty()) {
+    pointsById_.reserve(data_->pointIds.size());
+    std::uint32_t index = 0;
+    for (const ZyPointId pointId : data_->pointIds) pointsById_.emplace(pointId, index++);
+  }
+  const auto found = pointsById_.find(id);
+  return found != pointsById_.end() ? found->second : kNone;
+}
+
+const TriangleTable& MeshStore::Triangles() {
+  if (!triangles_.starts) TriangulatePolygons();
+  return triangles_;
+}
+
+void MeshStore::TriangulatePolygons() {
+  Triangulator triangulator;
+  const MeshData& mesh = *data_;
+  triangleStarts_.assign(1, 0);
+  triangleStarts_.reserve(std::size_t{mesh.PolygonCount()} + 1);
+  trianglePoints_.clear();
+  for (std::uint32_t polygon = 0; polygon < mesh.PolygonCount(); ++polygon) {
+    const std::uint32_t begin = mesh.polygonStarts[polygon];
+    const std::uint32_t size = mesh.polygonStarts[polygon + 1] - begin;
+    if (size > 4) {
+      triangulator.Append(mesh.points.data(), {mesh.polygonPoints.data() + begin, size}, trianglePoints_);
+    }
+    triangleStarts_.push_back(static_cast<std::uint32_t>(trianglePoints_.size() / 3));
+  }
+  triangles_ = {triangleStarts_.data(), trianglePoints_.data()};
+}
+
+const double* MeshStore::CornerNormals() {
+  if (!cornerNormals_) {
+    if (data_->cornerNormals.empty()) {
+      calculatedNormals_ = CalculateCornerNormals(*data_);
+      cornerNormals_ = calculatedNormals_.data();
+    } else {
+      cornerNormals_ = data_->cornerNormals.data();
+    }
+  }
+  return cornerNormals_;
+}
+
+std::shared_ptr<MeshStore> MakeMeshStore(std::shared_ptr<const MeshData> data) {
+  return std::make_shared<MeshStore>(std::move(data));
+}
+
+}  // namespace headless

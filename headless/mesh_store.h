@@ -1,0 +1,56 @@
+// What a mesh computes once for all of its accessors.
+#pragma once
+
+#include "headless/mesh_access.h"
+#include "headless/mesh_data.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+namespace headless {
+
+// Triangles of a mesh: those of polygon p are starts[p] up to starts[p + 1], three point indices each.
+struct TriangleTable {
+  const std::uint32_t* starts = nullptr;
+  const std::uint32_t* points = nullptr;
+};
+
+// The values of one map; what isn't there is null.
+struct MapView {
+  const float* values = nullptr;
+  const std::uint32_t* pointValues = nullptr;
+  const std::uint32_t* cornerValues = nullptr;
+  std::uint32_t dimension = 1;
+};
+
+class MeshStore {
+ public:
+  explicit MeshStore(std::shared_ptr<const MeshData> data);
+
+  const MeshData& Data() const { return *data_; }
+  const std::vector<MapView>& Maps() const { return maps_; }
+
+  // The point that an explicit id belongs to, the first one when several carry it; kNone for an unknown id.
+  std::uint32_t FindExplicitId(ZyPointId id);
+  // All triangles when they were recorded, else those of polygons of more than four corners alone.
+  const TriangleTable& Triangles();
+  // x, y, z per polygon corner; never null.
+  const double* CornerNormals();
+
+ private:
+  void TriangulatePolygons();
+
+  std::shared_ptr<const MeshData> data_;
+  std::vector<MapView> maps_;
+  std::unordered_map<ZyPointId, std::uint32_t> pointsById_;
+  TriangleTable triangles_;
+  std::vector<std::uint32_t> triangleStarts_;
+  std::vector<std::uint32_t> trianglePoints_;
+  const double* cornerNormals_ = nullptr;
+  std::vector<double> calculatedNormals_;
+};
+
+}  // namespace headless

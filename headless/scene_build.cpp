@@ -1,0 +1,138 @@
+// Scenes made in code.
+#include "headless/item_types.h"
+#include "headless/scene_data.h"
+#include "host/scene_api.h"
+
+#include <algorithm>
+
+namespace headless {
+
+namespace {
+
+enum class ValueKind { Integer, Double, String };
+
+struct DefaultChannel {
+  const char* type;
+  const char* name;
+  ValueKind kind;
+  double number;
+};
+
+// Channels of every item of a type, those of base types first. Objects and matrices are listed as numbers that
+// nobody can read.
+constexpr DefaultChannel kDefaultChannels[] = {
+    {"locator", "wposMatrix", ValueKind::Double, 0},
+    {"locator", "wrotMatrix", ValueKind::Double, 0},
+    {"locator", "wsclMatrix", ValueKind::Double, 0},
+    {"locator", "worldMatrix", ValueKind::Double, 0},
+    {"locator", "localMatrix", ValueKind::Double, 0},
+    {"locator", "parentMatrix", ValueKind::Double, 0},
+    {"mesh", "mesh", ValueKind::Double, 0},
+    {"triSurf", "surf", ValueKind::Double, 0},
+    {"scene", "time", ValueKind::Double, 0},
+    {"scene", "currentS", ValueKind::Double, 0},
+    {"scene", "currentE", ValueKind::Double, 0},
+    {"scene", "fps", ValueKind::Double, 24},
+    {"textureLayer", "enable", ValueKind::Integer, 1},
+    {"mask", "ptag", ValueKind::String, 0},
+    {"mask", "ptyp", ValueKind::String, 0},
+    {"imageMap", "effect", ValueKind::String, 0},
+    {"deformer", "type", ValueKind::Integer, 0},
+    {"deformer", "name", ValueKind::String, 0},
+    {"morphDeform", "enable", ValueKind::Integer, 1},
+    // The three share their layout: a component's index is the same on each of them.
+    {"translation", "pos.X", ValueKind::Double, 0},
+    {"translation", "pos.Y", ValueKind::Double, 0},
+    {"translation", "pos.Z", ValueKind::Double, 0},
+    {"rotation", "rot.X", ValueKind::Double, 0},
+    {"rotation", "rot.Y", ValueKind::Double, 0},
+    {"rotation", "rot.Z", ValueKind::Double, 0},
+    {"rotation", "order", ValueKind::Integer, 0},
+    {"scale", "scl.X", ValueKind::Double, 1},
+    {"scale", "scl.Y", ValueKind::Double, 1},
+    {"scale", "scl.Z", ValueKind::Double, 1},
+};
+
+ChannelValue DefaultValue(const DefaultChannel& channel) {
+  switch (channel.kind) {
+    case ValueKind::Integer:
+      return static_cast<std::int32_t>(channel.number);
+    case ValueKind::Double:
+      return channel.number;
+    case ValueKind::String:
+      break;
+  }
+  return std::string();
+}
+
+std::vector<std::string_view> BaseChain(const SceneData& scene, std::string_view type) {
+  std::vector<std::string_view> chain;
+  for (; !type.empty() && std::find(chain.begin(), chain.end(), type) == chain.end(); type = BaseType(scene, type))
+    chain.push_back(type);
+  return chain;
+}
+
+int MainTransformPlace(std::string_view type) {
+  if (type == "scale") return static_cast<int>(TransformKind::Scale);
+  if (type == "rotation") return static_cast<int>(TransformKind::Rotation);
+  if (type == "translation") return static_cast<int>(TransformKind::Position);
+  return -1;
+}
+
+}  // namespace
+
+SceneData MakeScene() {
+  SceneData scene;
+  AddItem(scene, "scene", "Scene");
+  for (const char* graph : {"xfrmCore", "xfrmLocal", "targets", "currentGroups"}) scene.graphs[graph];
+  return scene;
+}
+
+ItemIndex AddItem(SceneData& scene, const std::string& type, const std::string& name, ItemIndex parent) {
+  ItemData item;
+  item.id = type + "#" + std::to_string(scene.items.size());
+  item.type = type;
+  item.name = name;
+  item.parent = parent;
+  const std::vector<std::string_view> chain = BaseChain(scene, type);
+  const auto isOfType = [&](std::string_view base) {
+    return std::find(chain.begin(), chain.end(), base) != chain.end();
+  };
+  for (const DefaultChannel& channel : kDefaultChannels)
+    if (isOfType(channel.type)) SetChannel(item, channel.name, DefaultValue(channel));
+  if (isOfType("deformGroup")) item.deformGroup.emplace();
+  if (isOfType("group")) item.group.emplace();
+  if (isOfType("actionclip")) item.clip.emplace();
+  scene.items.push_back(std::move(item));
+  return static_cast<ItemIndex>(scene.items.size() - 1);
+}
+
+ItemIndex AddTransform(SceneData& scene, ItemIndex locator, const std::string& type, const std::string& name) {
+  const ItemIndex transform = AddItem(scene, type, name);
+  scene.graphs["xfrmCore"].emplace_back(transform, locator);
+  if (const int place = MainTransformPlace(type); place >= 0) {
+    ItemIndex& main =
+        scene.items[static_cast<std::size_t>(locator)].mainTransforms[static_cast<std::size_t>(place)];
+    if (main < 0) main = transform;
+  }
+  return transform;
+}
+
+std::int32_t FindChannel(const ItemData& item, const std::string& name) {
+  for (std::size_t index = 0; index < item.channels.size(); ++index)
+    if (item.channels[index].name == name) return static_cast<std::int32_t>(index);
+  return -1;
+}
+
+void SetChannel(ItemData& item, const std::string& name, ChannelValue value) {
+  if (const std::int32_t index = FindChannel(item, name); index >= 0) {
+    item.channels[static_cast<std::size_t>(index)].setup = std::move(value);
+    return;
+  }
+  ChannelData channel;
+  channel.name = name;
+  channel.setup = std::move(value);
+  item.channels.push_back(std::move(channel));
+}
+
+}  // namespace headless

@@ -1,0 +1,148 @@
+#include "headless/transform_stack.h"
+
+#include <cmath>
+
+namespace headless {
+
+namespace {
+
+struct TransformType {
+  const char* type;
+  const char* channels[3];
+};
+
+constexpr TransformType kVectorTransforms[] = {
+    {"translation", {"pos.X", "pos.Y", "pos.Z"}},
+    {"rotation", {"rot.X", "rot.Y", "rot.Z"}},
+    {"scale", {"scl.X", "scl.Y", "scl.Z"}},
+};
+
+// Axes of a rotation by its order channel; the first is the one that a point meets first.
+constexpr std::size_t kRotationOrders[][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
+
+// Turns the two columns that a rotation about `axis` mixes, counter-clockwise as seen from the axis' end.
+void Rotate(Matrix4& matrix, std::size_t axis, double angle) {
+  if (angle == 0.0) return;
+  const double c = std::cos(angle), s = std::sin(angle);
+  const std::size_t u = (axis + 1) % 3, v = (axis + 2) % 3;
+  for (std::size_t row = 0; row < 4; ++row) {
+    const double first = matrix(row, u), second = matrix(row, v);
+    matrix(row, u) = first * c - second * s;
+    matrix(row, v) = first * s + second * c;
+  }
+}
+
+}  // namespace
+
+TransformStack::TransformStack(const SceneIndex& index, const ChannelValues& values)
+    : index_(index), values_(values), transformByItem_(index.ItemCount(), -1) {
+  const SceneData& scene = index.Scene();
+  if (const auto graph = scene.graphs.find("xfrmCore"); graph != scene.graphs.end())
+    stacks_ = LinkTable(index.ItemCount(), graph->second, LinkEnd::To);
+  for (std::size_t place = 0; place < scene.items.size(); ++place) {
+    const Transform transform = Describe(static_cast<ItemIndex>(place));
+    if (transform.kind == Kind::Identity && transform.inverseOf < 0) continue;
+    transformByItem_[place] = static_cast<std::int32_t>(transforms_.size());
+    transforms_.push_back(transform);
+  }
+  CutInverseCircles();
+}
+
+TransformStack::Transform TransformStack::Describe(ItemIndex item) const {
+  const ItemData& data = index_.Scene().items[At(item)];
+  const auto isOfType = [&](const char* type) { return index_.IsOfType(item, index_.Types().Code(type)); };
+  Transform transform;
+  transform.item = item;
+  constexpr Kind kinds[] = {Kind::Translation, Kind::Rotation, Kind::Scale};
+  for (std::size_t place = 0; place < std::size(kinds); ++place) {
+    if (!isOfType(kVectorTransforms[place].type)) continue;
+    transform.kind = kinds[place];
+    for (std::size_t axis = 0; axis < 3; ++axis)
+      transform.channels[axis] = FindChannel(data, kVectorTransforms[place].channels[axis]);
+    if (transform.kind == Kind::Rotation) transform.order = FindChannel(data, "order");
+    return transform;
+  }
+  if (!isOfType("transform") && !isOfType("shear")) return transform;
+  if (data.matrix) transform.kind = Kind::Matrix;
+  if (index_.HasItem(data.inverseOf)) transform.inverseOf = data.inverseOf;
+  return transform;
+}
+
+void TransformStack::CutInverseCircles() {
+  std::vector<Link> links;
+  for (const Transform& transform : transforms_) links.emplace_back(transform.item, transform.inverseOf);
+  const auto components = StrongComponents(LinkTable(index_.ItemCount(), links, LinkEnd::From));
+  for (Transform& transform : transforms_)
+    if (transform.inverseOf >= 0 && components[At(transform.item)] == components[At(transform.inverseOf)])
+      transform.inverseOf = -1;
+}
+
+std::array<double, 3> TransformStack::Vector(const ReadState& state, const Transform& transform,
+                                             double fallback) const {
+  std::array<double, 3> vector = {fallback, fallback, fallback};
+  for (std::size_t axis = 0; axis < 3; ++axis)
+    if (transform.channels[axis] >= 0)
+      vector[axis] = values_.Number(state, {transform.item, transform.channels[axis]}).value_or(fallback);
+  return vector;
+}
+
+void TransformStack::Append(const ReadState& state, const Transform& transform, Matrix4& matrix) const {
+  switch (transform.kind) {
+    case Kind::Identity:
+      return;
+    case Kind::Translation: {
+      const auto offset = Vector(state, transform, 0);
+      for (std::size_t row = 0; row < 4; ++row)
+        for (std::size_t axis = 0; axis < 3; ++axis) matrix(row, axis) += matrix(row, 3) * offset[axis];
+      return;
+    }
+    case Kind::Rotation: {
+      const auto angles = Vector(state, transform, 0);
+      const double order =
+          transform.order < 0 ? 0 : values_.Number(state, {transform.item, transform.order}).value_or(0);
+      const bool known = order >= 0 && order < static_cast<double>(std::size(kRotationOrders));
+      for (const std::size_t axis : kRotationOrders[known ? static_cast<std::size_t>(order) : 0])
+        Rotate(matrix, axis, angles[axis]);
+      return;
+    }
+    case Kind::Scale: {
+      const auto factors = Vector(state, transform, 1);
+      for (std::size_t row = 0; row < 4; ++row)
+        for (std::size_t axis = 0; axis < 3; ++axis) matrix(row, axis) *= factors[axis];
+      return;
+    }
+    case Kind::Matrix:
+      matrix = matrix * *index_.Scene().items[At(transform.item)].matrix;
+  }
+}
+
+void TransformStack::AppendInverse(const ReadState& state, const Transform& transform, Matrix4& matrix) const {
+  Direction direction = Direction::Forward;
+  const Transform* source = &transform;
+  while (source && source->inverseOf >= 0) {
+    direction = direction == Direction::Forward ? Direction::Inverse : Direction::Forward;
+    const std::int32_t place = transformByItem_[At(source->inverseOf)];
+    source = place < 0 ? nullptr : &transforms_[At(place)];
+  }
+  if (!source) return;
+  Matrix4 own;
+  Append(state, *source, own);
+  matrix = matrix * (direction == Direction::Inverse ? Inverse(own) : own);
+}
+
+Matrix4 TransformStack::LocalMatrix(const ReadState& state, ItemIndex locator) const {
+  Matrix4 matrix;
+  const auto stack = stacks_.Of(locator);
+  for (auto item = stack.rbegin(); item != stack.rend(); ++item) {
+    const std::int32_t place = transformByItem_[At(*item)];
+    if (place < 0) continue;
+    const Transform& transform = transforms_[At(place)];
+    if (transform.inverseOf >= 0)
+      AppendInverse(state, transform, matrix);
+    else
+      Append(state, transform, matrix);
+  }
+  return matrix;
+}
+
+}  // namespace headless

@@ -1,0 +1,45 @@
+// The local matrices of locators: products of their transform items.
+#pragma once
+
+#include "headless/channel_values.h"
+#include "host/matrix4.h"
+
+#include <array>
+#include <vector>
+
+namespace headless {
+
+class TransformStack {
+ public:
+  // Both outlive the stack.
+  TransformStack(const SceneIndex& index, const ChannelValues& values);
+
+  Matrix4 LocalMatrix(const ReadState& state, ItemIndex locator) const;
+
+ private:
+  enum class Kind : std::uint8_t { Identity, Translation, Rotation, Scale, Matrix };
+  enum class Direction : std::uint8_t { Forward, Inverse };
+
+  struct Transform {
+    Kind kind = Kind::Identity;
+    ItemIndex item = -1;
+    std::array<std::int32_t, 3> channels = {-1, -1, -1};  // x, y, z
+    std::int32_t order = -1;                              // channel of the rotation order
+    ItemIndex inverseOf = -1;
+  };
+
+  Transform Describe(ItemIndex item) const;
+  void CutInverseCircles();
+  // Applies the transform after what `matrix` does already.
+  void Append(const ReadState& state, const Transform& transform, Matrix4& matrix) const;
+  void AppendInverse(const ReadState& state, const Transform& transform, Matrix4& matrix) const;
+  std::array<double, 3> Vector(const ReadState& state, const Transform& transform, double fallback) const;
+
+  const SceneIndex& index_;
+  const ChannelValues& values_;
+  LinkTable stacks_;                           // per locator, outermost first
+  std::vector<Transform> transforms_;          // of all transform items
+  std::vector<std::int32_t> transformByItem_;  // -1 for other items
+};
+
+}  // namespace headless

@@ -1,0 +1,60 @@
+// The text of a scene file as a tree of JSON values, and typed reads of them.
+//
+// A read that doesn't find what it wants throws a JsonFault. The place of the value is worked out only when
+// the fault is told, so reads carry no places around.
+#pragma once
+
+#include <rapidjson/document.h>
+
+#include <cstdint>
+#include <initializer_list>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace readers {
+
+using Json = rapidjson::Value;
+
+struct JsonFault {
+  const Json* value = nullptr;  // lies in the tree
+  std::string reason;
+};
+
+[[noreturn]] void Fail(const Json& value, std::string reason);
+
+// Numbers are read exactly: whole ones as integers, all others as the nearest f64. Throws InputError
+// "file:line:column: reason".
+void ParseJson(std::string_view text, const std::string& file, rapidjson::Document& document);
+
+// The JSON pointer of a value, empty for the root.
+std::string JsonPlace(const Json& root, const Json& value);
+
+// The value of a key, null when the object lacks it.
+const Json* Find(const Json& object, const char* key);
+// As Find, but a missing key is a fault.
+const Json& Require(const Json& object, const char* key);
+
+std::string_view TextView(const Json& value);  // of a text
+std::string ReadText(const Json& value);
+double ReadNumber(const Json& value);
+std::int32_t ReadInteger(const Json& value);  // in 32 bits
+bool ReadBool(const Json& value);
+// One to four characters, filled up with blanks.
+std::uint32_t ReadFourCC(const Json& value);
+const Json& ReadList(const Json& value);                            // any list
+const Json& ReadList(const Json& value, rapidjson::SizeType size);  // of that many entries
+
+// One of a few words.
+template <class T>
+T ReadWord(const Json& value, std::initializer_list<std::pair<const char*, T>> words) {
+  const std::string_view text = TextView(value);
+  std::string known;
+  for (const auto& [word, meaning] : words) {
+    if (text == word) return meaning;
+    known += (known.empty() ? "\"" : ", \"") + std::string(word) + "\"";
+  }
+  Fail(value, "\"" + std::string(text) + "\" is not one of " + known);
+}
+
+}  // namespace readers
