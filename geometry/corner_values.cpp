@@ -1,5 +1,6 @@
 #include "geometry/corner_values.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -10,8 +11,7 @@ template <class T, std::size_t N>
 std::uint32_t FoldCornerValue(ValueTable<T, N>& table, std::vector<std::uint32_t>& lastOfPoint,
                               const std::array<T, N>& value, std::vector<std::array<T, N>>& data,
                               std::uint32_t place) {
-  if (place == kUnknownPoint) return table.Fold(value, data);
-  if (place >= lastOfPoint.size()) lastOfPoint.resize(place + 1, kUnknownPoint);
+  if (place >= lastOfPoint.size()) return table.Fold(value, data);
   std::uint32_t& last = lastOfPoint[place];
   if (last == kUnknownPoint || data[last] != value) last = table.Fold(value, data);
   return last;
@@ -33,6 +33,20 @@ std::array<double, 3> Normalised(const double (&v)[3]) {
   const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
   if (length > 0) return {v[0] / length, v[1] / length, v[2] / length};
   return {1, 0, 0};
+}
+
+// Folds the normalised normal. The corners of a point mostly share one normal, which is then neither normalised
+// nor looked up again.
+std::uint32_t FoldNormal(MeshScanState& scan, std::uint32_t place, const double (&normal)[3]) {
+  GltfMesh& mesh = *scan.currentMesh;
+  if (place >= scan.lastNormalOfPoint.size())
+    return scan.normalIndexByValue.Fold(Normalised(normal), mesh.normals);
+  LastNormal& last = scan.lastNormalOfPoint[place];
+  if (last.index == kUnknownPoint || !std::equal(normal, normal + 3, last.normal)) {
+    std::copy(normal, normal + 3, last.normal);
+    last.index = scan.normalIndexByValue.Fold(Normalised(normal), mesh.normals);
+  }
+  return last.index;
 }
 
 }  // namespace
@@ -60,9 +74,7 @@ void ReadNormal(MeshScanState& scan, const Corner& corner) {
   scan.pointAccessor.SelectById(corner.point);
   if (!scan.hasNormalMap || !ReadMappedNormal(scan, corner, normal))
     scan.pointAccessor.Normal(corner.polygon, normal);
-  GltfMesh& mesh = *scan.currentMesh;
-  mesh.normalIndex.push_back(FoldCornerValue(scan.normalIndexByValue, scan.lastNormalOfPoint, Normalised(normal),
-                                             mesh.normals, corner.place));
+  scan.currentMesh->normalIndex.push_back(FoldNormal(scan, corner.place, normal));
 }
 
 void ReadUv(MeshScanState& scan, UvScan& uv, const Corner& corner) {

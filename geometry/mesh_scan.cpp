@@ -36,7 +36,12 @@ void ReserveCorners(MeshScanState& scan, std::size_t points, std::size_t corners
   mesh.positions.reserve(points);
   mesh.positionIndex.reserve(corners);
   mesh.normalIndex.reserve(corners);
-  for (ColorScan& color : scan.colorScans) color.colorMap->indices.reserve(corners);
+  scan.normalIndexByValue.Reserve(points);  // most meshes are smooth
+  scan.lastNormalOfPoint.resize(points);
+  for (ColorScan& color : scan.colorScans) {
+    color.colorMap->indices.reserve(corners);
+    color.lastOfPoint.assign(points, kUnknownPoint);
+  }
   for (TangentScan& tangent : scan.tangentScans) tangent.tangentMap->indices.reserve(corners);
   for (UvScan& uv : scan.uvScans) uv.values.reserve(corners);
 }

@@ -23,7 +23,7 @@ struct ColorScan {
   GltfColorMap* colorMap = nullptr;
   ZyMeshMapId mapId = 0;
   ValueTable<float, 4> values;
-  std::vector<std::uint32_t> lastOfPoint;  // see FoldCornerValue
+  std::vector<std::uint32_t> lastOfPoint;  // place of the colour that a corner of the point had last
 };
 
 struct TangentScan {
@@ -38,10 +38,16 @@ struct TagCursor {
   std::size_t place = 0;
 };
 
+// The normal that a point's corner had last, as the host gave it, and its place among the mesh's normals.
+struct LastNormal {
+  double normal[3] = {0, 0, 0};
+  std::uint32_t index = 0xFFFFFFFFu;  // none yet
+};
+
 struct MeshScanState {
   PointIndexTable pointIndexById;  // place of a point in GltfMesh::positions
   ValueTable<double, 3> normalIndexByValue;
-  std::vector<std::uint32_t> lastNormalOfPoint;  // see FoldCornerValue
+  std::vector<LastNormal> lastNormalOfPoint;
   ZyMeshMapId normalMapId = 0;                   // 0 for none
   bool hasNormalMap = false;                     // normalMapId is to be used
   CZyUser_Mesh meshAccessor;

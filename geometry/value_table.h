@@ -1,6 +1,7 @@
 // Folds values into a table of distinct ones.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstdint>
@@ -14,10 +15,13 @@ class ValueTable {
  public:
   using Value = std::array<T, N>;
 
+  // Makes room for about that many distinct values; call it before the first one.
+  void Reserve(std::size_t values) { Resize({}, std::bit_ceil(std::max<std::size_t>(32, values) * 2)); }
+
   // The place of the value in `data`, which is appended to when it isn't there. `data` must be the same
   // vector at every call.
   std::uint32_t Fold(const Value& value, std::vector<Value>& data) {
-    if (data.size() * 2 >= slots_.size()) Grow(data);
+    if (data.size() * 2 >= slots_.size()) Resize(data, std::max<std::size_t>(64, 2 * slots_.size()));
     std::size_t slot = Hash(value) & (slots_.size() - 1);
     while (slots_[slot] != kEmpty) {
       if (data[slots_[slot]] == value) return slots_[slot];
@@ -43,11 +47,11 @@ class ValueTable {
     return hash;
   }
 
-  void Grow(const std::vector<Value>& data) {
-    slots_.assign(slots_.empty() ? 64 : slots_.size() * 2, kEmpty);
+  void Resize(const std::vector<Value>& data, std::size_t slots) {
+    slots_.assign(slots, kEmpty);
     for (std::uint32_t place = 0; place < data.size(); ++place) {
-      std::size_t slot = Hash(data[place]) & (slots_.size() - 1);
-      while (slots_[slot] != kEmpty) slot = (slot + 1) & (slots_.size() - 1);
+      std::size_t slot = Hash(data[place]) & (slots - 1);
+      while (slots_[slot] != kEmpty) slot = (slot + 1) & (slots - 1);
       slots_[slot] = place;
     }
   }

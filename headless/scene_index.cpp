@@ -30,11 +30,23 @@ SceneIndex::SceneIndex(const SceneData& scene)
     firstChannels_.push_back(firstChannels_.back() + item.channels.size());
   }
   CutParentCircles();
+  OrderChildren();
+}
+
+// Those that their parent lists come first, in its order; the others follow in scene order.
+void SceneIndex::OrderChildren() {
   std::vector<Link> links;
   links.reserve(parents_.size());
+  std::vector<bool> ordered(parents_.size(), false);
+  for (std::size_t parent = 0; parent < parents_.size(); ++parent)
+    for (const ItemIndex child : scene_.items[parent].childOrder) {
+      if (!HasItem(child) || ordered[At(child)] || parents_[At(child)] != static_cast<ItemIndex>(parent)) continue;
+      ordered[At(child)] = true;
+      links.emplace_back(static_cast<ItemIndex>(parent), child);
+    }
   for (std::size_t item = 0; item < parents_.size(); ++item)
-    links.emplace_back(parents_[item], static_cast<ItemIndex>(item));
-  children_ = LinkTable(scene.items.size(), links, LinkEnd::From);
+    if (!ordered[item]) links.emplace_back(parents_[item], static_cast<ItemIndex>(item));
+  children_ = LinkTable(parents_.size(), links, LinkEnd::From);
 }
 
 void SceneIndex::CutParentCircles() {

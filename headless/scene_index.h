@@ -53,6 +53,7 @@ class SceneIndex {
 
  private:
   void CutParentCircles();
+  void OrderChildren();
 
   const SceneData& scene_;
   ItemTypes types_;
