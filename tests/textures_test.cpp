@@ -270,6 +270,19 @@ TEST(ImageChecks, SeeOnlyWhatCameBefore) {
   }
 }
 
+// One slot serves both channels: the first map keeps it.
+TEST(ImageChecks, SecondOfMetallicAndRoughnessIsLost) {
+  const std::pair<const char*, const char*> orders[] = {{"metallicGLTF", "roughnessGLTF"},
+                                                        {"roughnessGLTF", "metallicGLTF"}};
+  for (const auto& [first, second] : orders) {
+    TexturedScene scene;
+    scene.AddMap(first, "a.png", 0, 0);
+    scene.AddMap(second, "b.png", 0, 0);
+    MaterialRun run(scene);
+    EXPECT_EQ(run.Resolve("tag").metallicRoughnessTexture->name, std::string("map ") + first);
+  }
+}
+
 TEST(ImageChecks, StoreByChannel) {
   TexturedScene scene;
   for (const SwizzleCase& row : kSwizzleCases) scene.AddMap(row.effect, "a.png", 1, row.rgba);
