@@ -64,5 +64,3 @@ BENCHMARK(Sampling)
     ->Args({100, 100, 51});
 
 }  // namespace
-
-BENCHMARK_MAIN();

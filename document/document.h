@@ -30,8 +30,8 @@ struct GltfDocument {
   GltfScene* CreateScene();
 
   GltfFormat format = GltfFormat::Glb;
-  std::uint32_t indices32 = 1;        // non-zero: 32-bit indices
-  std::uint32_t skinnedMeshInWS = 1;  // exactly 1: skinned meshes come out in world space
+  std::uint32_t indices32 = 1;                     // non-zero: 32-bit indices
+  std::uint32_t skinnedMeshInWS = 1;               // exactly 1: skinned meshes come out in world space
   std::vector<std::unique_ptr<GltfScene>> scenes;  // one, made right after the document
   bool unlitUsed = false;                          // an unlit material was written
   GltfJsonArrays json;

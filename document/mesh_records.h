@@ -56,18 +56,18 @@ struct GltfMesh {
   void AddPosition(double x, double y, double z) { positions.push_back({x, y, z}); }
 
   std::uint32_t triangleCount = 0;
-  CornerIndices positionIndex;                             // into `positions`
-  std::vector<std::unique_ptr<GltfColorMap>> colorMaps;    // order gives COLOR_n
+  CornerIndices positionIndex;                               // into `positions`
+  std::vector<std::unique_ptr<GltfColorMap>> colorMaps;      // order gives COLOR_n
   std::vector<std::unique_ptr<GltfTangentMap>> tangentMaps;  // only the first is written
-  CornerIndices normalIndex;                               // into `normals`
-  std::vector<std::array<double, 3>> normals;              // distinct, normalised
-  std::vector<std::unique_ptr<GltfUvMap>> uvMaps;          // order gives TEXCOORD_n
-  InsertionMap<std::string, std::uint32_t> uvIndexByName;  // place in `uvMaps`
+  CornerIndices normalIndex;                                 // into `normals`
+  std::vector<std::array<double, 3>> normals;                // distinct, normalised
+  std::vector<std::unique_ptr<GltfUvMap>> uvMaps;            // order gives TEXCOORD_n
+  InsertionMap<std::string, std::uint32_t> uvIndexByName;    // place in `uvMaps`
   // Triangle numbers per material tag, in order of first sight; one entry makes one primitive.
   InsertionMap<std::string, std::vector<std::uint32_t>> polygonsByTag;
   InsertionMap<std::string, std::vector<std::uint32_t>> polygonsByPart;  // not written
-  GltfNode* node = nullptr;                                               // the last node SetMesh gave it
-  InsertionMap<std::string, GltfMaterial*> materialByTag;  // a tag not found here gets material 0
-  std::vector<std::unique_ptr<GltfSkin>> skins;            // place gives the n of JOINTS_n, WEIGHTS_n
-  std::vector<std::array<double, 3>> positions;            // one per point, object space
+  GltfNode* node = nullptr;                                              // the last node SetMesh gave it
+  InsertionMap<std::string, GltfMaterial*> materialByTag;                // a tag not found here gets material 0
+  std::vector<std::unique_ptr<GltfSkin>> skins;  // place gives the n of JOINTS_n, WEIGHTS_n
+  std::vector<std::array<double, 3>> positions;  // one per point, object space
 };

@@ -102,7 +102,7 @@ zyresult TagCommand::Fail(const char* text) {
 
 zyresult CommandService::NewCommand(const char* name, IZyObject*& command) {
   const bool isKnown = name && std::string_view(name) == "item.exportTags";
-  if (!isKnown || host_.Data().exportTagsCommand == CommandState::Absent) return ZYe_FAILED;
+  if (!isKnown || host_.scene.exportTagsCommand == CommandState::Absent) return ZYe_FAILED;
   command = static_cast<IZyCommand*>(new TagCommand(host_.live));
   return ZYe_OK;
 }
@@ -110,7 +110,7 @@ zyresult CommandService::NewCommand(const char* name, IZyObject*& command) {
 zyresult CommandService::QueryArgument(IZyCommand* command, std::int32_t argument, IZyObject*& values) {
   if (!command || argument != kTag) return ZYe_FAILED;
   auto& query = *static_cast<TagCommand*>(command);
-  if (host_.Data().exportTagsCommand == CommandState::Fails) return query.Fail("Export tags can't be read.");
+  if (host_.scene.exportTagsCommand == CommandState::Fails) return query.Fail("Export tags can't be read.");
   IZyItem* item = query.QueriedItem();
   const auto* clip = item ? &host_.Data(HostState::IndexOf(item)).clip : nullptr;
   if (!clip || !*clip) return query.Fail("No action clip to read export tags from.");

@@ -7,7 +7,7 @@
 
 namespace headless {
 
-// The curve's value. `hint` is any number; handing the same one in again makes a walk through time cheap.
+// The curve's value. `hint` is 0 at first; handing it in again makes a walk through time cheap.
 double EvaluateEnvelope(const EnvelopeData& envelope, double time, std::size_t& hint);
 
 }  // namespace headless

@@ -14,7 +14,7 @@ struct Host::Impl {
       : state(std::move(scene)),
         sceneService(state),
         selection(state),
-        platform(state.Data().application),
+        platform(state.scene.application),
         values(state),
         deformers(state),
         log(state.live, stream),
@@ -55,7 +55,7 @@ void Host::SetLogSink(LogSink sink) { impl_->stream.SetSink(std::move(sink)); }
 
 void Host::FlushLog() { impl_->stream.Flush(); }
 
-const SceneData& Host::Data() const { return impl_->state.Data(); }
+const SceneData& Host::Data() const { return impl_->state.scene; }
 
 void Host::SetUserValue(const std::string& name, std::int32_t value) { impl_->values.Set(name, value); }
 

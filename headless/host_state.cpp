@@ -9,28 +9,30 @@ namespace headless {
 namespace {
 
 // Every mesh has a mesh and every triangle surface a surface, if an empty one.
-SceneData Completed(SceneData scene) {
-  for (ItemData& item : scene.items) {
-    if (TypeDerivesFrom(scene, item.type, "mesh")) {
-      if (FindChannel(item, "mesh") < 0) SetChannel(item, "mesh", 0.0);
-      if (!item.mesh) item.mesh = std::make_shared<const MeshData>();
-    }
-    if (TypeDerivesFrom(scene, item.type, "triSurf") && FindChannel(item, "surf") < 0)
-      SetChannel(item, "surf", 0.0);
+SceneData Completed(SceneData data) {
+  const ItemTypes types(data);
+  const std::uint32_t meshType = types.Code("mesh"), surfaceType = types.Code("triSurf");
+  for (ItemData& item : data.items) {
+    const std::uint32_t type = types.Code(item.type);
+    const bool isMesh = types.Derives(type, meshType);
+    if (isMesh && !item.mesh) item.mesh = std::make_shared<const MeshData>();
+    if (!isMesh && !types.Derives(type, surfaceType)) continue;
+    const char* channel = isMesh ? "mesh" : "surf";
+    if (FindChannel(item, channel) < 0) SetChannel(item, channel, 0.0);
   }
-  return scene;
+  return data;
 }
 
 }  // namespace
 
 HostState::HostState(SceneData data)
-    : scene_(Completed(std::move(data))),
-      index(scene_),
+    : scene(Completed(std::move(data))),
+      index(scene),
       values(index),
       evaluator(index, values),
       sceneObject_(std::make_unique<SceneObject>(*this)) {
-  items_.reserve(scene_.items.size());
-  for (std::size_t place = 0; place < scene_.items.size(); ++place)
+  items_.reserve(scene.items.size());
+  for (std::size_t place = 0; place < scene.items.size(); ++place)
     items_.emplace_back(*this, static_cast<ItemIndex>(place));
 }
 
@@ -60,7 +62,7 @@ const char* HostState::ImagePath(ItemIndex imageMap) {
   const auto& path = Data(imageMap).imagePath;
   if (!path) return nullptr;
   const auto [entry, isNew] = imagePaths_.try_emplace(imageMap);
-  if (isNew) entry->second = ResolveHostPath(scene_.directory, *path);
+  if (isNew) entry->second = ResolveHostPath(scene.directory, *path);
   return entry->second.c_str();
 }
 

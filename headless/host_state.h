@@ -22,8 +22,7 @@ class HostState {
   explicit HostState(SceneData data);
   ~HostState();
 
-  const SceneData& Data() const { return scene_; }
-  const ItemData& Data(ItemIndex item) const { return scene_.items[At(item)]; }
+  const ItemData& Data(ItemIndex item) const { return scene.items[At(item)]; }
 
   // -1 for null.
   static ItemIndex IndexOf(IZyItem* item);
@@ -37,10 +36,7 @@ class HostState {
   // In the host's form; null when the image map has no image.
   const char* ImagePath(ItemIndex imageMap);
 
- private:
-  SceneData scene_;
-
- public:
+  const SceneData scene;
   const SceneIndex index;
   ChannelValues values;
   Evaluator evaluator;

@@ -8,9 +8,13 @@ namespace headless {
 namespace {
 
 const ItemTypeRow* FindRow(std::string_view type) {
-  const auto* row = std::find_if(std::begin(kItemTypes), std::end(kItemTypes),
-                                 [&](const ItemTypeRow& candidate) { return type == candidate.name; });
-  return row == std::end(kItemTypes) ? nullptr : row;
+  static const auto* const rows = [] {
+    auto* byName = new std::unordered_map<std::string_view, const ItemTypeRow*>;
+    for (const ItemTypeRow& row : kItemTypes) byName->emplace(row.name, &row);
+    return byName;
+  }();
+  const auto row = rows->find(type);
+  return row == rows->end() ? nullptr : row->second;
 }
 
 auto FindAdded(const SceneData& scene, std::string_view type) {

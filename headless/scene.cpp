@@ -37,7 +37,7 @@ zyresult SceneObject::ItemByIndex(std::uint32_t type, std::uint32_t index, IZyOb
 zyresult SceneObject::GraphLookup(const char* name, IZyObject*& graph) {
   if (!name) return ZYe_FAILED;
   const bool isChannelGraph = std::string_view(name) == "chanLinks";
-  const auto& data = host_.Data().graphs;
+  const auto& data = host_.scene.graphs;
   const auto links = data.find(name);
   if (links == data.end() && !isChannelGraph) return ZYe_FAILED;
   std::unique_ptr<Graph>& made = graphs_[name];
@@ -50,12 +50,12 @@ zyresult SceneObject::GraphLookup(const char* name, IZyObject*& graph) {
 }
 
 zyresult SceneObject::RenderCameraCount(std::uint32_t& count) {
-  count = static_cast<std::uint32_t>(host_.Data().renderCameras.size());
+  count = static_cast<std::uint32_t>(host_.scene.renderCameras.size());
   return ZYe_OK;
 }
 
 zyresult SceneObject::RenderCameraByIndex(std::uint32_t index, IZyObject*& item) {
-  const auto& cameras = host_.Data().renderCameras;
+  const auto& cameras = host_.scene.renderCameras;
   return index < cameras.size() ? host_.Give(cameras[index], item) : ZYe_FAILED;
 }
 

@@ -72,6 +72,12 @@ std::vector<std::string_view> BaseChain(const SceneData& scene, std::string_view
   return chain;
 }
 
+void AppendChannel(ItemData& item, std::string name, ChannelValue value) {
+  ChannelData& channel = item.channels.emplace_back();
+  channel.name = std::move(name);
+  channel.setup = std::move(value);
+}
+
 int MainTransformPlace(std::string_view type) {
   if (type == "scale") return static_cast<int>(TransformKind::Scale);
   if (type == "rotation") return static_cast<int>(TransformKind::Rotation);
@@ -99,7 +105,7 @@ ItemIndex AddItem(SceneData& scene, const std::string& type, const std::string& 
     return std::find(chain.begin(), chain.end(), base) != chain.end();
   };
   for (const DefaultChannel& channel : kDefaultChannels)
-    if (isOfType(channel.type)) SetChannel(item, channel.name, DefaultValue(channel));
+    if (isOfType(channel.type)) AppendChannel(item, channel.name, DefaultValue(channel));
   if (isOfType("deformGroup")) item.deformGroup.emplace();
   if (isOfType("group")) item.group.emplace();
   if (isOfType("actionclip")) item.clip.emplace();
@@ -125,14 +131,10 @@ std::int32_t FindChannel(const ItemData& item, const std::string& name) {
 }
 
 void SetChannel(ItemData& item, const std::string& name, ChannelValue value) {
-  if (const std::int32_t index = FindChannel(item, name); index >= 0) {
+  if (const std::int32_t index = FindChannel(item, name); index >= 0)
     item.channels[static_cast<std::size_t>(index)].setup = std::move(value);
-    return;
-  }
-  ChannelData channel;
-  channel.name = name;
-  channel.setup = std::move(value);
-  item.channels.push_back(std::move(channel));
+  else
+    AppendChannel(item, name, std::move(value));
 }
 
 }  // namespace headless

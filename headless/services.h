@@ -25,7 +25,7 @@ class SceneService final : public PermanentObject<IZySceneService> {
 
 class SelectionService final : public PermanentObject<IZySelectionService> {
  public:
-  explicit SelectionService(HostState& host) : host_(host), selection_(host.Data().selection) {}
+  explicit SelectionService(HostState& host) : host_(host), selection_(host.scene.selection) {}
 
   std::uint32_t LookupType(const char* name) override;
   zyresult AllocatePacketTranslation(const char* name, IZyObject*& translation) override;
@@ -55,7 +55,7 @@ class PlatformService final : public PermanentObject<IZyPlatformService> {
 
 class ValueService final : public PermanentObject<IZyValueService> {
  public:
-  explicit ValueService(HostState& host) : host_(host), values_(host.Data().userValues) {}
+  explicit ValueService(HostState& host) : host_(host), values_(host.scene.userValues) {}
 
   void Set(const std::string& name, std::int32_t value) { values_[name] = value; }
   // Fails when the value isn't set.

@@ -296,7 +296,7 @@ const char* Parser::ParseCorner(const char* text, ObjMesh& mesh) {
 const char* Parser::ReadIndex(const char* text, Stream stream, std::vector<std::uint32_t>& indices,
                               std::size_t corner) {
   std::int64_t index = 0;
-  const char* end = ReadInteger(text, end_, index);
+  const char* end = ReadInteger(text, index);
   if (!end) Fail(text, fmt::format("bad {} index in \"{}\"", kStreamNames[stream], TokenAt(text)));
   if (indices.size() < corner) indices.resize(corner, kNone);
   indices.push_back(Resolve(text, index, stream));

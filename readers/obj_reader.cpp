@@ -84,7 +84,8 @@ void Libraries::Add(const std::string& names) {
     i += std::max<std::size_t>(count, 1);
   }
   if (!missing.empty() && known_.insert(missing).second) {
-    report_.warnings.push_back(fmt::format("material library not found: {}", (directory_ / missing).lexically_normal().string()));
+    report_.warnings.push_back(
+        fmt::format("material library not found: {}", (directory_ / missing).lexically_normal().string()));
   }
 }
 

@@ -46,12 +46,11 @@ TEST(TimeRange, SampleTimesAddUp) {
       {0, 1, 24, 0, 26, 1.0 + 1.0 / 24},  // rounding lets a sample past the end in
       {0, 2, 24, 0, 49, 2},
       {0.5, 1, 10, 0, 7, 1.1},
-      {0, 1, 2, 1, 5, 1},   // doubled
-      {0, 1, 2, 2, 3, 1},   // only the value 1 doubles
-      {3, 4, 0, 0, 1, 3},   // an endless step
-      {5, 1, 24, 0, 0, 0},  // nothing lies in the range, yet the sampler is there
-      {0, 1, -24, 0, 0, 0},
-      {0, 2, -2, 0, 1, 0},  // time can't run backwards
+      {0, 1, 2, 1, 5, 1},    // doubled
+      {0, 1, 2, 2, 3, 1},    // only the value 1 doubles
+      {3, 4, 0, 0, 1, 3},    // an endless step
+      {5, 1, 24, 0, 0, 0},   // nothing lies in the range, yet the sampler is there
+      {0, 1, -24, 0, 1, 0},  // time can't run backwards
       {1, 2, 1e300, 0, 1, 1},
       {0, 1, std::numeric_limits<double>::quiet_NaN(), 0, 0, 0},
   };

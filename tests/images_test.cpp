@@ -101,6 +101,13 @@ TEST_F(ImageTest, AFileThatChangesBeforeItIsPouredKeepsItsRoom) {
                                 24));
 }
 
+TEST_F(ImageTest, ABigFileThatShrinksLeavesNothingOfItsOwnBehind) {
+  Open(GltfFormat::Glb);
+  AddImage(document, MakeImageFile(dir.WriteFile("a.png", std::string(200000, 'x'))));
+  dir.WriteFile("a.png", std::string(70000, 'y'));
+  EXPECT_EQ(Pour(), std::string(70000, 'y') + std::string(130000, '\0'));
+}
+
 TEST_F(ImageTest, OnePathIsOneImage) {
   Open(GltfFormat::Glb);
   const std::string path = dir.WriteFile("a.png", "1234");

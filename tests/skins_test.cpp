@@ -16,10 +16,10 @@ using Pairs = std::vector<std::pair<std::uint32_t, float>>;  // deformer or poin
 
 std::shared_ptr<const headless::MeshData> MakeMesh(std::vector<headless::MeshMapData> maps = {}) {
   auto mesh = std::make_shared<headless::MeshData>();
-  mesh->points = std::vector<float>{0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0};
-  mesh->pointIds = std::vector<std::uint64_t>{40, 30, 20, 10};
-  mesh->polygonStarts = std::vector<std::uint32_t>{0, 4};
-  mesh->polygonPoints = std::vector<std::uint32_t>{0, 1, 2, 3};
+  mesh->points = std::vector<float>{0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0, 2, 0, 0, 2, 1, 0};
+  mesh->pointIds = std::vector<std::uint64_t>{60, 50, 40, 30, 20, 10};
+  mesh->polygonStarts = std::vector<std::uint32_t>{0, 4, 8};
+  mesh->polygonPoints = std::vector<std::uint32_t>{0, 1, 2, 3, 1, 4, 5, 2};
   mesh->maps = std::move(maps);
   return mesh;
 }
@@ -30,7 +30,7 @@ headless::MeshMapData WeightMap(const std::string& name, const Pairs& weights) {
   map.type = kMapWeight;
   map.name = name;
   std::vector<float> values;
-  std::vector<std::uint32_t> places(4, headless::kNone);
+  std::vector<std::uint32_t> places(6, headless::kNone);
   for (const auto& [point, weight] : weights) {
     places[point] = static_cast<std::uint32_t>(values.size());
     values.push_back(weight);
@@ -43,7 +43,8 @@ headless::MeshMapData WeightMap(const std::string& name, const Pairs& weights) {
 headless::RecordedInfluences Influences(const std::vector<Pairs>& perPoint) {
   std::vector<std::uint32_t> starts = {0}, deformers;
   std::vector<float> weights;
-  for (const Pairs& pairs : perPoint) {
+  for (std::size_t point = 0; point < 6; ++point) {
+    const Pairs pairs = point < perPoint.size() ? perPoint[point] : Pairs();
     for (const auto& [deformer, weight] : pairs) {
       deformers.push_back(deformer);
       weights.push_back(weight);
@@ -249,7 +250,7 @@ TEST(GraphSkin, TakesLinkedDeformers) {
   EXPECT_EQ(InfluencesOf(skin, 0), (Pairs{{0, 0.5F}}));
   EXPECT_THAT(InfluencesOf(skin, 1), IsEmpty());
   EXPECT_EQ(InfluencesOf(skin, 2), (Pairs{{0, 3}, {1, 1}}));
-  EXPECT_EQ(skin.influenceCount.size(), 4u);
+  EXPECT_EQ(skin.influenceCount.size(), 6u);
   for (const char* line :
        {"   deformers:4", "   name:\"B\" loc:j1 map:\"left\" count:2",
         "   name:\"A\" loc:j0 map:\"right\" count:1", "   name:\"whole\" loc:j2 map:\"\" count:0",
@@ -281,7 +282,7 @@ TEST(GraphSkin, WithoutUsableJointStillMakesItsSkin) {
   s.LinkDeformer("free", -1, "w");
   const SkinSave save(std::move(s.scene));
   EXPECT_THAT(save.Skins().at(0)->joints, IsEmpty());
-  EXPECT_EQ(save.Skins()[0]->influenceCount.size(), 4u);
+  EXPECT_EQ(save.Skins()[0]->influenceCount.size(), 6u);
 }
 
 TEST(GraphSkin, JointsThatWereNotScannedHaveNoBindMatrix) {

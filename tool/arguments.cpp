@@ -125,6 +125,12 @@ void AddExport(CLI::App& app, Arguments& arguments) {
           "set a user value by its full name, such as sceneio.gltf.save.exportType=0")
       ->type_name("NAME=VALUE")
       ->allow_extra_args(false);
+  command
+      ->add_option("--image-root", arguments.imageRoots,
+                   "take images from below this folder only, and look for missing ones there; may be repeated")
+      ->type_name("DIR")
+      ->check(CLI::ExistingDirectory.description(""))
+      ->allow_extra_args(false);
   command->add_option("--log", arguments.logFile, "write the host's log to a file, a JSON object a line")
       ->type_name("FILE");
   command->add_option("--module", arguments.module, "the plug-in to load")

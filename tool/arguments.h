@@ -17,6 +17,7 @@ struct Arguments {
   Command command = Command::Export;
   std::filesystem::path input;
   std::filesystem::path output;
+  std::vector<std::filesystem::path> imageRoots;                 // empty: images may lie anywhere
   std::vector<std::pair<std::string, std::int32_t>> userValues;  // by full name, in the order given
   std::filesystem::path logFile;                                 // empty for none
   std::filesystem::path module;                                  // empty: found beside the command

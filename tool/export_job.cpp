@@ -4,6 +4,8 @@
 #include "headless/host_paths.h"
 #include "readers/read_scene.h"
 #include "tool/exit_codes.h"
+#include "tool/image_copies.h"
+#include "tool/image_paths.h"
 #include "tool/log_file.h"
 #include "tool/module_loader.h"
 #include "tool/output_check.h"
@@ -24,6 +26,14 @@ namespace fs = std::filesystem;
 constexpr char kExportType[] = "sceneio.gltf.save.exportType";
 constexpr std::int32_t kExportAll = 0;
 
+void SettleImages(const Arguments& arguments, headless::SceneData& scene, const Report& report) {
+  ImageReport images;
+  SettleImagePaths(scene, arguments.imageRoots, images);
+  if (arguments.output.extension() == ".gltf") CheckImageCopies(scene, arguments.output, arguments.input, images);
+  for (const std::string& note : images.notes) report.Note(note);
+  for (const std::string& warning : images.warnings) report.Warning(warning);
+}
+
 headless::SceneData ReadInput(const Arguments& arguments, const Report& report) {
   readers::ReadReport read;
   headless::SceneData scene = readers::ReadScene(arguments.input, read);
@@ -31,6 +41,7 @@ headless::SceneData ReadInput(const Arguments& arguments, const Report& report) 
   // The savers export the selection unless told otherwise; who names a file wants all of it.
   scene.userValues.try_emplace(kExportType, kExportAll);
   for (const auto& [name, value] : arguments.userValues) scene.userValues[name] = value;
+  SettleImages(arguments, scene, report);
   return scene;
 }
 

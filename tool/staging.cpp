@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
+#include <fstream>
 #include <functional>
 #include <pthread.h>
 #include <stdlib.h>
@@ -37,6 +38,20 @@ void RemoveOnSignal(const fs::path& directory) {
   }).detach();
 }
 
+bool HaveSameBytes(const fs::path& one, const fs::path& other) {
+  std::error_code error;
+  if (!fs::is_regular_file(other, error) || fs::file_size(one, error) != fs::file_size(other, error)) return false;
+  constexpr std::size_t kBlock = 65536;
+  std::ifstream streams[] = {std::ifstream(one, std::ios::binary), std::ifstream(other, std::ios::binary)};
+  std::string blocks[] = {std::string(kBlock, '\0'), std::string(kBlock, '\0')};
+  while (streams[0] && streams[1]) {
+    std::streamsize counts[2];
+    for (int i = 0; i < 2; ++i) counts[i] = streams[i].read(blocks[i].data(), kBlock).gcount();
+    if (counts[0] != counts[1] || blocks[0] != blocks[1]) return false;
+  }
+  return streams[0].eof() && streams[1].eof();
+}
+
 struct Move {
   fs::path from, to;
   fs::path backup;  // the file that stood at `to`, empty for none
@@ -65,6 +80,7 @@ Staging::Staging(const fs::path& target) : target_(target) {
     throw OutputError(target_.string() + ": can't write into " + parent.string() + ": " + std::strerror(errno));
   directory_ = fs::absolute(name);
   RemoveOnSignal(directory_);
+  for (const char* folder : {"new", "old"}) fs::create_directory(directory_ / folder);
 }
 
 Staging::~Staging() {
@@ -74,17 +90,19 @@ Staging::~Staging() {
 
 std::vector<fs::path> Staging::MoveIntoPlace() const {
   std::vector<Move> moves;
-  for (const fs::directory_entry& entry : fs::directory_iterator(directory_))
+  for (const fs::directory_entry& entry : fs::directory_iterator(Directory()))
     if (entry.path().filename() != target_.filename())
       moves.push_back({entry.path(), DirectoryOf(target_) / entry.path().filename(), {}});
   std::sort(moves.begin(), moves.end(), [](const Move& a, const Move& b) { return a.to < b.to; });
-  moves.push_back({directory_ / target_.filename(), target_, {}});
+  moves.push_back({Directory() / target_.filename(), target_, {}});
 
   std::vector<Move> done;
   std::vector<fs::path> files;
   for (Move& move : moves) {
+    files.push_back(move.to);
+    if (move.to != target_ && HaveSameBytes(move.from, move.to)) continue;
     std::error_code error, none;
-    const fs::path backup = directory_ / (".old" + std::to_string(done.size()));
+    const fs::path backup = directory_ / "old" / std::to_string(done.size());
     if (fs::exists(fs::symlink_status(move.to, none))) {
       // A second name keeps the old file reachable, so that the target is never missing.
       fs::create_hard_link(move.to, backup, error);
@@ -96,7 +114,6 @@ std::vector<fs::path> Staging::MoveIntoPlace() const {
       PutBack(done);
       throw OutputError(move.to.string() + ": can't be replaced: " + error.message());
     }
-    files.push_back(move.to);
     done.push_back(move);
   }
   return files;

@@ -17,16 +17,18 @@ class Staging {
   Staging(const Staging&) = delete;
   Staging& operator=(const Staging&) = delete;
 
-  const std::filesystem::path& Directory() const { return directory_; }
+  // Where to write.
+  std::filesystem::path Directory() const { return directory_ / "new"; }
 
-  // Moves every file of the staging directory beside the target, the target itself last, replacing what stands
-  // there. When a move fails the files moved before are put back as they were, and OutputError is thrown.
-  // Returns the files in place.
+  // Moves every file of that directory beside the target, the target itself last, replacing what stands there. A
+  // file beside the target that holds the very same bytes is left alone: it may be the source of the copy. When a
+  // move fails the files moved before are put back as they were, and OutputError is thrown. Returns the files in
+  // place.
   std::vector<std::filesystem::path> MoveIntoPlace() const;
 
  private:
   std::filesystem::path target_;
-  std::filesystem::path directory_;
+  std::filesystem::path directory_;  // holds new/ and old/, whose files can't be in each other's way
 };
 
 }  // namespace tool

@@ -1,0 +1,330 @@
+// The headless host's services, its log and its command; and the wrapper that makes calls fail.
+#include "host/user_command.h"
+#include "host/user_deform.h"
+#include "host/user_mesh.h"
+#include "tests/support/failing_host.h"
+#include "tests/support/host_rig.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using namespace headless;
+using test_support::FailingHost;
+using test_support::HostRig;
+using test_support::State;
+using testing::ElementsAre;
+using testing::Pair;
+
+ItemData& At(SceneData& scene, ItemIndex item) { return scene.items[static_cast<std::size_t>(item)]; }
+
+TEST(Services, SelectionPlatformAndUserValues) {
+  SceneData scene = MakeScene();
+  const ItemIndex a = AddItem(scene, "locator", "a"), b = AddItem(scene, "locator", "b");
+  scene.selection = {b, 900, a, b};
+  scene.renderCameras = {b};
+  scene.application.version = {10, 2, 3};
+  scene.userValues["x.y"] = -4;
+  HostRig rig(scene);
+  std::vector<CZyUser_Item> selected;
+  CZyItemSelection().GetList(selected);
+  ASSERT_EQ(selected.size(), 4u);
+  EXPECT_EQ(selected[0].Raw(), rig.Item(b).Raw());
+  EXPECT_TRUE(selected[1].Empty());
+  EXPECT_EQ(selected[2].Raw(), rig.Item(a).Raw());
+  EXPECT_EQ(CZySelectionService().LookupType("edge"), 0u);
+
+  std::int32_t parts[3] = {}, version = 0;
+  EXPECT_EQ(CZyPlatformService().AppVersionParts(parts), ZYe_OK);
+  EXPECT_THAT(parts, ElementsAre(10, 2, 3));
+  EXPECT_EQ(CZyPlatformService().AppVersion(version), ZYe_OK);
+  EXPECT_EQ(version, 1023);
+
+  rig.host.SetUserValue("later", 5);
+  CZyUser_UserValue value;
+  EXPECT_EQ(CZyValueService().Query("x.y", value), ZYe_OK);
+  EXPECT_EQ(value.GetInt(), -4);
+  EXPECT_EQ(CZyValueService().Query("later", value), ZYe_OK);
+  EXPECT_EQ(value.GetInt(), 5);
+  EXPECT_TRUE(ZyFailed(CZyValueService().Query("unset", value)));
+  EXPECT_TRUE(ZyFailed(CZyValueService().Query(nullptr, value)));
+
+  CZyUser_Item camera;
+  EXPECT_EQ(rig.scene.RenderCameraByIndex(0, camera), ZYe_OK);
+  EXPECT_EQ(camera.Raw(), rig.Item(b).Raw());
+  EXPECT_TRUE(ZyFailed(rig.scene.RenderCameraByIndex(1, camera)));
+}
+
+TEST(Services, InstanceSources) {
+  SceneData scene = MakeScene();
+  const ItemIndex mesh = AddItem(scene, "mesh", "mesh"), instance = AddItem(scene, "meshInst", "i");
+  const ItemIndex chained = AddItem(scene, "meshInst", "ii"), circular = AddItem(scene, "meshInst", "iii");
+  At(scene, instance).instanceSource = mesh;
+  At(scene, chained).instanceSource = instance;
+  At(scene, circular).instanceSource = circular;
+  const ItemIndex unbound = AddItem(scene, "meshInst", "iv");
+  const HostRig rig(scene);
+  CZyUser_Item source;
+  for (const ItemIndex item : {instance, chained}) {
+    EXPECT_EQ(CZySceneService().MeshInstanceSource(rig.Item(item), source), ZYe_OK);
+    EXPECT_EQ(source.Raw(), rig.Item(mesh).Raw());
+  }
+  for (const ItemIndex item : {circular, unbound})
+    EXPECT_TRUE(ZyFailed(CZySceneService().MeshInstanceSource(rig.Item(item), source)));
+}
+
+TEST(Messages, TablesArgumentsAndShortBuffers) {
+  const HostRig rig(MakeScene());
+  const CZyMessageService service;
+  std::string text = "kept";
+  EXPECT_EQ(service.TableText("common", 2402, text), ZYe_OK);
+  EXPECT_EQ(text, "load/save");
+  EXPECT_TRUE(ZyFailed(service.TableText("common", 1, text)));
+  EXPECT_TRUE(ZyFailed(service.TableText("other", 2402, text)));
+  EXPECT_EQ(text, "load/save");
+
+  CZyUser_Message message;
+  ASSERT_EQ(service.NewMessage(message), ZYe_OK);
+  const std::string longText = std::string(3000, 'x') + " %1 end";
+  EXPECT_EQ(message.SetCode(ZYe_FAILED), ZYe_OK);
+  EXPECT_EQ(message.SetMessage("common", 2020), ZYe_OK);
+  EXPECT_EQ(message.SetArgument(1, longText.c_str()), ZYe_OK);
+  EXPECT_TRUE(ZyFailed(message.SetArgument(0, "none")));
+  EXPECT_EQ(message.Code(), ZYe_FAILED);
+  EXPECT_EQ(service.MessageText(message, text), ZYe_OK);
+  EXPECT_EQ(text, longText) << "arguments aren't searched for arguments";
+  std::vector<char> buffer(longText.size() + 1, '?');
+  const auto size = static_cast<std::uint32_t>(buffer.size());
+  EXPECT_EQ(service.Raw()->MessageText(message.Raw(), buffer.data(), size - 1), ZYe_SHORT_BUFFER);
+  EXPECT_EQ(service.Raw()->MessageText(message.Raw(), buffer.data(), size), ZYe_OK);
+}
+
+using Lines = std::vector<std::pair<LogLine::Kind, std::string>>;
+
+class LogRig : public HostRig {
+ public:
+  LogRig() : HostRig(MakeScene()) {
+    host.SetLogSink([this](const LogLine& line) { lines.emplace_back(line.kind, line.text); });
+  }
+
+  CZyUser_LogEntry Entry(zyresult severity, const char* text) const {
+    CZyUser_LogEntry entry;
+    EXPECT_EQ(service_.NewEntry(severity, text, entry), ZYe_OK);
+    return entry;
+  }
+  CZyUser_Log Log(const char* name) const {
+    CZyUser_Log log;
+    EXPECT_EQ(service_.SubSystemLookup(name, log), ZYe_OK);
+    return log;
+  }
+  CZyUser_LogEntry Block(zyresult severity, const char* text) const {
+    CZyUser_LogEntry block = Entry(severity, "title");
+    EXPECT_EQ(block.AddChild(Entry(severity, text)), ZYe_OK);
+    EXPECT_EQ(Log("io-status").AddEntry(block), ZYe_OK);
+    return block;
+  }
+  void Show(zyresult code, const char* text) const {
+    CZyUser_Message message;
+    CZyMessageService().NewMessage(message);
+    message.SetCode(code);
+    message.SetMessage("common", 2020);
+    message.SetArgument(1, text);
+    EXPECT_EQ(CZyStdDialogService().ShowMessage(message), ZYe_OK);
+  }
+  void AddMessage(zyresult severity, const char* text) const {
+    EXPECT_EQ(Log("logsys").AddEntry(Entry(severity, text)), ZYe_OK);
+  }
+
+  Lines lines;
+
+ private:
+  CZyLogService service_;
+};
+
+using Kind = LogLine::Kind;
+
+TEST(Log, BlocksAndMessagesInOrder) {
+  LogRig rig;
+  const CZyUser_LogEntry block = rig.Block(kSeverityInfo, "start");
+  block.AddChild(rig.Entry(kSeverityInfo, "   nested \n"));
+  rig.AddMessage(kSeverityWarning, "doubt");
+  rig.AddMessage(kSeverityError, "bad");
+  block.AddChild(rig.Entry(kSeverityInfo, "on"));
+  rig.Block(kSeverityWarning, "error block");
+  rig.Block(kSeverityInfo, "second");
+  EXPECT_THAT(rig.lines,
+              ElementsAre(Pair(Kind::Setup, "start"), Pair(Kind::Info, "   nested \n"),
+                          Pair(Kind::Warning, "doubt"), Pair(Kind::Error, "bad"), Pair(Kind::Info, "on"),
+                          Pair(Kind::Warning, "error block"), Pair(Kind::Setup, "second")));
+  CZyUser_Log log;
+  EXPECT_TRUE(ZyFailed(CZyLogService().SubSystemLookup("nowhere", log)));
+  EXPECT_TRUE(ZyFailed(block.AddChild(CZyUser_LogEntry())));
+}
+
+TEST(Log, ADialogAndItsMessageAreOneLine) {
+  LogRig rig;
+  rig.AddMessage(kSeverityWarning, "summary");
+  rig.Show(kSeverityWarning, "summary");
+  rig.AddMessage(kSeverityWarning, "summary");  // a message of its own
+  rig.Show(kSeverityError, "failed");
+  rig.AddMessage(kSeverityError, "failed");
+  rig.AddMessage(kSeverityError, "failed");
+  rig.AddMessage(kSeverityWarning, "other");
+  rig.Show(kSeverityError, "alone");
+  rig.AddMessage(kSeverityWarning, "last");
+  const Lines expected = {{Kind::WarningDialog, "summary"}, {Kind::Warning, "summary"},
+                          {Kind::ErrorDialog, "failed"},    {Kind::Error, "failed"},
+                          {Kind::Warning, "other"},         {Kind::ErrorDialog, "alone"}};
+  EXPECT_EQ(rig.lines, expected);
+  rig.host.FlushLog();
+  EXPECT_EQ(rig.lines.size(), expected.size() + 1);
+  EXPECT_EQ(rig.lines.back().second, "last");
+}
+
+struct TagAnswer {
+  zyresult query = ZYe_OK, code = ZYe_OK;
+  std::string tag, message;
+};
+
+// Asks the command for a clip's tag; nothing when there is no such command.
+std::optional<TagAnswer> AskForTag(const CZyUser_Item& clip) {
+  const CZyCommandService service;
+  CZyUser_Command command;
+  if (ZyFailed(service.NewCommand("item.exportTags", command))) return std::nullopt;
+  CZyUser_Attributes attributes;
+  EXPECT_TRUE(attributes.Set(command.Raw()));
+  const auto argument = [&](const char* name) {
+    std::int32_t index = -1;
+    EXPECT_EQ(attributes.Lookup(name, index), ZYe_OK);
+    return index;
+  };
+  CZyUser_ValueReference reference;
+  EXPECT_EQ(attributes.Value(argument("item"), reference), ZYe_OK);
+  EXPECT_EQ(ZySucceeded(reference.SetObject(clip.Raw())), !clip.Empty());
+  EXPECT_EQ(attributes.SetString(argument("itemType"), "actionclip"), ZYe_OK);
+  EXPECT_EQ(attributes.SetInt(argument("tagType"), 0), ZYe_OK);
+  EXPECT_EQ(attributes.SetString(argument("tag"), ""), ZYe_OK);
+  EXPECT_TRUE(ZyFailed(attributes.SetInt(argument("tag"), 0)));
+  EXPECT_TRUE(ZyFailed(attributes.SetString(-1, "")));
+
+  TagAnswer answer;
+  CZyUser_ValueArray values;
+  CZyUser_Message message;
+  answer.query = service.QueryArgument(command, argument("tag"), values);
+  values.String(0, answer.tag);
+  EXPECT_EQ(command.Message(message), ZYe_OK);
+  answer.code = message.Code();
+  CZyMessageService().MessageText(message, answer.message);
+  return answer;
+}
+
+TEST(Command, TellsTheTagOfAClip) {
+  SceneData scene = MakeScene();
+  const ItemIndex clip = AddItem(scene, "actionclip", "clip"), other = AddItem(scene, "locator", "no clip");
+  At(scene, clip).clip->exportTag = std::string(1500, 't');
+  {
+    const HostRig rig(scene);
+    const auto answer = AskForTag(rig.Item(clip));
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->query, ZYe_OK);
+    EXPECT_EQ(answer->code, ZYe_OK);
+    EXPECT_EQ(answer->tag, scene.items[static_cast<std::size_t>(clip)].clip->exportTag);
+    for (const CZyUser_Item& item : {rig.Item(other), CZyUser_Item()}) {
+      EXPECT_TRUE(ZyFailed(AskForTag(item)->query));
+      EXPECT_TRUE(ZyFailed(AskForTag(item)->code));
+    }
+    CZyUser_Command command;
+    EXPECT_TRUE(ZyFailed(CZyCommandService().NewCommand("item.delete", command)));
+  }
+  scene.exportTagsCommand = CommandState::Fails;
+  const HostRig failing(scene);
+  const auto failed = AskForTag(failing.Item(clip));
+  ASSERT_TRUE(failed);
+  EXPECT_TRUE(ZyFailed(failed->code));
+  EXPECT_NE(failed->message, "");
+  scene.exportTagsCommand = CommandState::Absent;
+  const HostRig absent(scene);
+  EXPECT_FALSE(AskForTag(absent.Item(clip)));
+}
+
+SceneData SmallScene() {
+  SceneData scene = MakeScene();
+  auto mesh = std::make_shared<MeshData>();
+  mesh->points = std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0};
+  mesh->polygonStarts = std::vector<std::uint32_t>{0, 3};
+  mesh->polygonPoints = std::vector<std::uint32_t>{0, 1, 2};
+  const ItemIndex item = AddItem(scene, "mesh", "mesh");
+  At(scene, item).mesh = mesh;
+  AddTransform(scene, item, "translation", "move");
+  return scene;
+}
+
+// A few calls of each sort; counts those that gave what they should.
+int UseScene(IZyScene* raw) {
+  int good = 0;
+  const auto check = [&](bool result) { good += result ? 1 : 0; };
+  CZyUser_Scene scene;
+  CZyUser_Item item, again;
+  CZyUser_ChannelRead read;
+  CZyUser_Mesh mesh;
+  CZyUser_Point point;
+  CZyUser_Locator locator;
+  Matrix4 matrix;
+  std::int32_t channel = -1;
+  float position[3] = {};
+  check(scene.Set(raw));
+  check(ZySucceeded(scene.ItemByIndex(kAllItems, 1, item)));
+  check(ZySucceeded(scene.ItemByIndex(kAllItems, 1, again)) && again.Raw() == item.Raw());
+  check(ZySucceeded(scene.SetupChannels(read)));
+  check(ZySucceeded(item.ChannelLookup("mesh", channel)));
+  check(ZySucceeded(read.ValueObject(item, channel, mesh)));
+  check(ZySucceeded(mesh.PointAccessor(point)));
+  check(ZySucceeded(point.SelectByIndex(1)));
+  check(ZySucceeded(point.Position(position)) && position[0] == 1.0f);
+  check(locator.Set(item.Raw()));
+  check(ZySucceeded(locator.WorldTransform(read, matrix)));
+  const CZyLogService logService;
+  CZyUser_LogEntry entry, child;
+  check(ZySucceeded(logService.NewEntry(kSeverityInfo, "a", entry)));
+  check(ZySucceeded(logService.NewEntry(kSeverityInfo, "b", child)));
+  check(ZySucceeded(entry.AddChild(child)));
+  return good;
+}
+
+TEST(FailingHost, FailsOneCallAndForwardsTheRest) {
+  Host inner(SmallScene());
+  FailingHost host(inner, *inner.Scene());
+  SetZyHost(&host);
+  host.FailCall(0);
+  constexpr int all = 14;
+  EXPECT_EQ(UseScene(host.Scene()), all);
+  const std::size_t calls = host.Calls();
+  EXPECT_GT(calls, 20u) << "asking for interfaces counts as well";
+  for (std::size_t k = 1; k <= calls; ++k) {
+    host.FailCall(k);
+    EXPECT_LT(UseScene(host.Scene()), all) << "call " << k;
+    EXPECT_TRUE(host.AllReleased()) << "call " << k;
+  }
+  host.FailCall(calls + 1);
+  EXPECT_EQ(UseScene(host.Scene()), all);
+  SetZyHost(nullptr);
+  EXPECT_EQ(inner.LiveObjects(), 0u);
+}
+
+TEST(FailingHost, SeesReferencesThatAreKept) {
+  Host inner(SmallScene());
+  FailingHost host(inner, *inner.Scene());
+  CZyUser_ChannelRead read;
+  {
+    CZyUser_Scene scene;
+    scene.Set(host.Scene());
+    EXPECT_EQ(scene.SetupChannels(read), ZYe_OK);
+  }
+  EXPECT_FALSE(host.AllReleased());
+  EXPECT_EQ(inner.LiveObjects(), 1u);
+  read.Clear();
+  EXPECT_TRUE(host.AllReleased());
+  EXPECT_EQ(inner.LiveObjects(), 0u);
+}
+
+}  // namespace

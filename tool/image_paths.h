@@ -1,0 +1,29 @@
+// Which files the images of a scene are read from.
+#pragma once
+
+#include "headless/scene_data.h"
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tool {
+
+// A line each.
+struct ImageReport {
+  std::vector<std::string> notes;
+  std::vector<std::string> warnings;
+};
+
+// Where the plug-in opens an image, named in the form of the scene file: either slash separates folders.
+std::filesystem::path ImageFile(const std::string& sceneDirectory, const std::string& imagePath);
+
+// Settles the path of every image. One that isn't there is looked for by its name in the scene's directory, in
+// `textures` and `images` below that, and in the roots; when it is nowhere the path stays, for the plug-in to
+// complain of. What isn't a regular file, and what lies outside the scene's directory (links followed) and doesn't
+// begin like an image, loses its path and isn't exported. With roots, directories that exist, an image must lie
+// below one of them whatever it is, and no file elsewhere is opened.
+void SettleImagePaths(headless::SceneData& scene, const std::vector<std::filesystem::path>& roots,
+                      ImageReport& report);
+
+}  // namespace tool
