@@ -2,12 +2,12 @@
 
 namespace {
 
+// The rows or columns that are left when one is taken out.
+constexpr std::size_t kOthers[4][3] = {{1, 2, 3}, {0, 2, 3}, {0, 1, 3}, {0, 1, 2}};
+
 double Minor(const Matrix4& a, std::size_t row, std::size_t column) {
-  std::size_t r[3], c[3];
-  for (std::size_t i = 0, n = 0; i < 4; ++i)
-    if (i != row) r[n++] = i;
-  for (std::size_t i = 0, n = 0; i < 4; ++i)
-    if (i != column) c[n++] = i;
+  const auto& r = kOthers[row];
+  const auto& c = kOthers[column];
   return a(r[0], c[0]) * (a(r[1], c[1]) * a(r[2], c[2]) - a(r[1], c[2]) * a(r[2], c[1])) -
          a(r[0], c[1]) * (a(r[1], c[0]) * a(r[2], c[2]) - a(r[1], c[2]) * a(r[2], c[0])) +
          a(r[0], c[2]) * (a(r[1], c[0]) * a(r[2], c[1]) - a(r[1], c[1]) * a(r[2], c[0]));

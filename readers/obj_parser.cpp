@@ -4,6 +4,7 @@
 #include "readers/obj_statements.h"
 #include "readers/read_scene.h"
 #include "readers/text_numbers.h"
+#include "readers/text_pieces.h"
 #include "readers/text_utf8.h"
 
 #include <fmt/format.h>
@@ -25,6 +26,9 @@ struct ForwardIndex {
   std::int64_t index = 0;
 };
 
+// The token at a place, as messages show it.
+std::string Shown(const char* place) { return ToUtf8(std::string(TokenAt(place).substr(0, 40))); }
+
 bool AtStatementEnd(const char* text) { return IsLineEnd(*text) || *text == '#'; }
 
 // Lines may lie in any order: statements are told apart by their first word, and state statements (o, g,
@@ -32,12 +36,10 @@ bool AtStatementEnd(const char* text) { return IsLineEnd(*text) || *text == '#';
 class Parser {
  public:
   Parser(std::string_view text, const std::string& fileName, const std::string& stem)
-      : fileName_(fileName), stem_(stem) {
-    Split(text);
-  }
+      : text_(text), fileName_(fileName), stem_(stem) {}
 
   ObjData Run() {
-    for (const std::string_view piece : {body_, std::string_view(tail_)}) ParsePiece(piece);
+    for (const std::string_view piece : text_.Pieces()) ParsePiece(piece);
     CheckCounts();
     data_.hasStatements |= counts_[kPoints] + counts_[kUvs] + counts_[kNormals] > 0;
     std::erase_if(data_.meshes, [](const ObjMesh& mesh) { return mesh.polygonStarts.size() == 1; });
@@ -45,7 +47,6 @@ class Parser {
   }
 
  private:
-  void Split(std::string_view text);
   void ParsePiece(std::string_view piece);
   const char* ParseStatement(const char* text);
   const char* ParseByWord(const char* text);
@@ -66,16 +67,13 @@ class Parser {
   void ApplyState();
   void CheckCounts() const;
   std::string StatementText(const char* text) const;
-  std::size_t LineOf(const char* place) const;
   [[noreturn]] void Fail(const char* place, const std::string& reason) const;
   [[noreturn]] void FailNumber(const char* place) const;
   [[noreturn]] void FailIndex(const char* place, std::int64_t index, Stream stream) const;
 
+  TextPieces text_;
   const std::string& fileName_;
   const std::string& stem_;
-  // The text in two pieces, each with the ending that text_numbers.h asks for: the second is a copy.
-  std::string_view body_;
-  std::string tail_;
   const char* end_ = nullptr;  // of the piece that is being read
 
   ObjData data_;
@@ -92,19 +90,6 @@ class Parser {
   NameTable meshNames_;  // object or group behind its letter; a number is a place in ObjData::meshes
   std::size_t mesh_ = 0;
 };
-
-void Parser::Split(std::string_view text) {
-  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  std::size_t size = text.rfind('\n') + 1;
-  while (size > 0) {
-    const std::string_view line = text.substr(0, size - 1);
-    if (!line.ends_with('\\') && !line.ends_with("\\\r")) break;
-    size = line.rfind('\n') + 1;
-  }
-  body_ = text.substr(0, size);
-  tail_ = std::string(text.substr(size)) + "\n\n";
-}
 
 void Parser::ParsePiece(std::string_view piece) {
   end_ = piece.data() + piece.size();
@@ -146,9 +131,9 @@ const char* Parser::ParseByWord(const char* text) {
     case Statement::Face:
       return ParseFace(rest);
     case Statement::Skip:
-      if (entry.skipped == Skipped::Unknown && data_.firstUnknown.empty()) data_.firstUnknown = word;
+      if (entry.skipped == Skipped::Unknown && data_.firstUnknown.empty()) data_.firstUnknown = Shown(text);
       ++data_.skipped[static_cast<std::size_t>(entry.skipped)];
-      return SkipStatement(text, end_);
+      return SkipStatement(text);
     default:
       return ParseNamed(entry.statement, rest);
   }
@@ -173,7 +158,7 @@ const char* Parser::ParseNamed(Statement statement, const char* text) {
     default:
       data_.libraries.push_back(std::move(name));
   }
-  return SkipStatement(text, end_);
+  return SkipStatement(text);
 }
 
 // An object's polygons make a mesh, and groups within it are its parts. Groups outside objects are meshes.
@@ -219,7 +204,7 @@ int Parser::ReadNumbers(const char*& text, float (&values)[kMost], std::string_v
   int count = 0;
   for (text = SkipBlanks(text); !AtStatementEnd(text); text = SkipBlanks(text)) {
     if (count == kMost) {
-      text = SkipStatement(text, end_);
+      text = SkipStatement(text);
       break;
     }
     text = ReadNumber(text, values[count++]);
@@ -289,7 +274,7 @@ const char* Parser::ParseCorner(const char* text, ObjMesh& mesh) {
     if (*text != '/' && !AtTokenEnd(text)) text = ReadIndex(text, kUvs, mesh.uvs, corner);
     if (*text == '/' && !AtTokenEnd(++text)) text = ReadIndex(text, kNormals, mesh.normals, corner);
   }
-  if (!AtTokenEnd(text)) Fail(place, fmt::format("bad corner \"{}\"", TokenAt(place)));
+  if (!AtTokenEnd(text)) Fail(place, fmt::format("bad corner \"{}\"", Shown(place)));
   return text;
 }
 
@@ -297,7 +282,7 @@ const char* Parser::ReadIndex(const char* text, Stream stream, std::vector<std::
                               std::size_t corner) {
   std::int64_t index = 0;
   const char* end = ReadInteger(text, index);
-  if (!end) Fail(text, fmt::format("bad {} index in \"{}\"", kStreamNames[stream], TokenAt(text)));
+  if (!end) Fail(text, fmt::format("bad {} index in \"{}\"", kStreamNames[stream], Shown(text)));
   if (indices.size() < corner) indices.resize(corner, kNone);
   indices.push_back(Resolve(text, index, stream));
   return end;
@@ -324,7 +309,7 @@ void Parser::AddColor(std::size_t point, const float* color) {
 const char* Parser::ParseComment(const char* text) {
   constexpr std::string_view kColorBlock = "#MRGB";
   if (TokenAt(text) == kColorBlock) ReadColorBlock(SkipBlanks(text + kColorBlock.size()));
-  return SkipLine(text, end_);
+  return SkipLine(text);
 }
 
 // A sculpting program's colours of the next points in order: mask, red, green and blue as two hexadecimal
@@ -350,7 +335,7 @@ void Parser::ReadColorBlock(const char* text) {
 // Without the blanks around it; continued lines are joined by a blank.
 std::string Parser::StatementText(const char* text) const {
   std::string joined;
-  const char* const end = SkipStatement(text, end_);
+  const char* const end = SkipStatement(text);
   for (text = SkipBlanks(text); text < end;) {
     const char* next = SkipContinuation(text);
     joined += next ? ' ' : *text;
@@ -374,20 +359,8 @@ void Parser::CheckCounts() const {
   }
 }
 
-std::size_t Parser::LineOf(const char* place) const {
-  const auto countLines = [](const char* begin, const char* end) {
-    std::size_t lines = 0;
-    for (const char* c = begin; c < end; ++c) lines += *c == '\n' || (*c == '\r' && c[1] != '\n');
-    return lines;
-  };
-  const char* const bodyEnd = body_.data() + body_.size();
-  const bool inTail = place >= tail_.data() && place < tail_.data() + tail_.size();
-  if (!inTail) return 1 + countLines(body_.data(), place);
-  return 1 + countLines(body_.data(), bodyEnd) + countLines(tail_.data(), place);
-}
-
 void Parser::Fail(const char* place, const std::string& reason) const {
-  throw InputError(fmt::format("{}:{}: {}", fileName_, LineOf(place), reason));
+  throw InputError(fmt::format("{}:{}: {}", fileName_, text_.LineOf(place), reason));
 }
 
 void Parser::FailNumber(const char* place) const {
@@ -396,7 +369,7 @@ void Parser::FailNumber(const char* place) const {
   const auto [rest, error] = fast_float::from_chars(digits, end_, number);
   // What a double holds may still be too large for a float.
   const bool isNumber = error != std::errc::invalid_argument && AtTokenEnd(rest);
-  Fail(place, fmt::format("{} \"{}\"", isNumber ? "not a finite number" : "bad number", TokenAt(place)));
+  Fail(place, fmt::format("{} \"{}\"", isNumber ? "not a finite number" : "bad number", Shown(place)));
 }
 
 void Parser::FailIndex(const char* place, std::int64_t index, Stream stream) const {

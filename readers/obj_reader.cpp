@@ -4,6 +4,7 @@
 #include "readers/obj_parser.h"
 #include "readers/obj_statements.h"
 #include "readers/read_scene.h"
+#include "readers/text_utf8.h"
 
 #include <fmt/format.h>
 
@@ -99,6 +100,7 @@ void Libraries::Read(const std::string& name) {
     return;
   }
   found_ = true;
+  report_.files.push_back(path);
   materials_.Add(file, std::filesystem::path(name).parent_path());
   if (file.badStatements > 0) {
     report_.warnings.push_back(fmt::format("{}:{}: {}; {} such statement{} skipped", path.string(),
@@ -126,7 +128,7 @@ void Libraries::CheckTags(const std::string& fileName, const std::vector<std::st
 
 ObjData ParseFile(const std::filesystem::path& file) {
   const auto mapping = MappedFile::Open(file);
-  return ParseObj(TextOf(*mapping), file.string(), file.stem().string());
+  return ParseObj(TextOf(*mapping), file.string(), ToUtf8(file.stem().string()));
 }
 
 }  // namespace

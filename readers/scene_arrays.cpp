@@ -155,7 +155,9 @@ const std::shared_ptr<const MappedFile>& BinaryFiles::Open(const Json& name) {
   // Before it is opened: opening a pipe would wait for its writer.
   if (!fs::is_regular_file(target, error)) Fail(name, "\"" + text + "\" is not a file");
   try {
-    return files_.emplace(text, MappedFile::Open(target)).first->second;
+    const auto opened = files_.emplace(text, MappedFile::Open(target)).first;
+    opened_.push_back(target);
+    return opened->second;
   } catch (const InputError& fault) {
     Fail(name, fault.what());
   }

@@ -11,19 +11,23 @@
 #include <memory>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace readers {
 
 // The binary files of one scene, each mapped once. They lie below the scene's directory.
 class BinaryFiles {
  public:
-  explicit BinaryFiles(std::filesystem::path directory) : directory_(std::move(directory)) {}
+  // Each file that is opened is entered in `opened`, which must outlive this.
+  BinaryFiles(std::filesystem::path directory, std::vector<std::filesystem::path>& opened)
+      : directory_(std::move(directory)), opened_(opened) {}
 
   // The file of a reference. Throws a JsonFault at `name` when it isn't there or lies elsewhere.
   const std::shared_ptr<const MappedFile>& Open(const Json& name);
 
  private:
   std::filesystem::path directory_;
+  std::vector<std::filesystem::path>& opened_;
   std::map<std::string, std::shared_ptr<const MappedFile>> files_;
 };
 

@@ -130,7 +130,7 @@ SceneData BuildScene(const Json& root, BinaryFiles& files) {
 
 }  // namespace
 
-SceneData ReadSceneFile(const std::filesystem::path& file, ReadReport&) {
+SceneData ReadSceneFile(const std::filesystem::path& file, ReadReport& report) {
   const std::string name = file.string();
   rapidjson::Document tree;
   {
@@ -140,7 +140,7 @@ SceneData ReadSceneFile(const std::filesystem::path& file, ReadReport&) {
     if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
     ParseJson(text, name, tree);
   }
-  BinaryFiles files(file.parent_path());
+  BinaryFiles files(file.parent_path(), report.files);
   try {
     CheckSchema(tree);
     SceneData scene = BuildScene(tree, files);

@@ -8,7 +8,6 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
-#include <cstring>
 #include <string_view>
 #include <system_error>
 
@@ -50,20 +49,17 @@ inline std::string_view TokenAt(const char* text) {
   return {text, static_cast<std::size_t>(SkipToken(text) - text)};
 }
 
-// At the next line end; `end` is the end of the whole text.
-inline const char* SkipLine(const char* text, const char* end) {
-  const auto* newline = static_cast<const char*>(std::memchr(text, '\n', static_cast<std::size_t>(end - text)));
-  // Files of old have \r alone.
-  const auto* lone = static_cast<const char*>(std::memchr(text, '\r', static_cast<std::size_t>(newline - text)));
-  return lone ? lone : newline;
+// At the next line end.
+inline const char* SkipLine(const char* text) {
+  while (!IsLineEnd(*text)) ++text;
+  return text;
 }
 
 // At the line end behind the last continued line.
-inline const char* SkipStatement(const char* text, const char* end) {
-  for (;;) {
-    const char* lineEnd = SkipLine(text, end);
-    if (lineEnd == text || lineEnd[-1] != '\\') return lineEnd;
-    text = SkipContinuation(lineEnd - 1);
+inline const char* SkipStatement(const char* text) {
+  for (;; ++text) {
+    if (IsLineEnd(*text)) return text;
+    if (const char* next = SkipContinuation(text)) text = next - 1;
   }
 }
 

@@ -34,9 +34,23 @@ void SettleImages(const Arguments& arguments, headless::SceneData& scene, const 
   for (const std::string& warning : images.warnings) report.Warning(warning);
 }
 
+// Refuses to write over what the scene is read from.
+void CheckInputStays(const Arguments& arguments, std::vector<fs::path> read) {
+  read.push_back(arguments.input);
+  std::vector<fs::path> written = {arguments.output, arguments.logFile};
+  if (arguments.output.extension() == ".gltf") written.push_back(fs::path(arguments.output).replace_extension(".bin"));
+  for (const fs::path& target : written)
+    for (const fs::path& source : read) {
+      std::error_code none;
+      if (fs::equivalent(target, source, none))
+        throw OutputError(target.string() + ": would be written over, but the scene is read from it");
+    }
+}
+
 headless::SceneData ReadInput(const Arguments& arguments, const Report& report) {
   readers::ReadReport read;
   headless::SceneData scene = readers::ReadScene(arguments.input, read);
+  CheckInputStays(arguments, std::move(read.files));
   for (const std::string& warning : read.warnings) report.Warning(warning);
   // The savers export the selection unless told otherwise; who names a file wants all of it.
   scene.userValues.try_emplace(kExportType, kExportAll);
@@ -67,10 +81,9 @@ void Save(const Arguments& arguments, headless::Host& host, const fs::path& file
 void Export(const Arguments& arguments, const Report& report) {
   CheckName(arguments.output);
   const Staging staging(arguments.output);
+  headless::Host host(ReadInput(arguments, report));
   std::optional<LogFile> log;
   if (!arguments.logFile.empty()) log.emplace(arguments.logFile);
-
-  headless::Host host(ReadInput(arguments, report));
   host.SetLogSink([&](const headless::LogLine& line) {
     if (log) log->Write(line);
     report.LogMessage(line);
