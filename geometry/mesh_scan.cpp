@@ -87,7 +87,8 @@ void ScanCorner(MeshScanState& scan, ZyPolygonId polygon, ZyPointId point) {
 
 GltfMesh* CreateMeshForItem(SaveState& state, const CZyUser_Item& item) {
   SceneFrame& frame = *state.frame;
-  const auto points = static_cast<std::uint32_t>(frame.PointCount());
+  const std::int64_t counted = frame.PointCount();  // a failed count isn't 0 and goes on
+  const auto points = static_cast<std::uint32_t>(counted);
   if (points == 0) return nullptr;
   CZyUser_Mesh hostMesh;
   if (!frame.GetMesh(hostMesh)) {
@@ -128,7 +129,7 @@ GltfMesh* CreateMeshForItem(SaveState& state, const CZyUser_Item& item) {
   scan.polygonAccessor = polygon;
   scan.pointAccessor = point;
   if (maps) DiscoverMeshMaps(state);
-  ReserveCorners(scan, points, static_cast<std::uint32_t>(corners));
+  ReserveCorners(scan, counted > 0 ? points : 0, static_cast<std::uint32_t>(corners));
   frame.ScanPoints(*state.visitor);
   frame.ScanPolygons(*state.visitor);
   if (state.options.materials != 0) CollectTags(state, *mesh);

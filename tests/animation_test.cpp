@@ -295,6 +295,28 @@ TEST(Sampling, TopLevelIsSampledInTheWorld) {
   ExpectNear(save.Find("a", kT)->keyframes[1].value, {10, 3, 0});
 }
 
+TEST(Sampling, ParentThatCannotBeReadLeavesTheWorld) {
+  SceneData scene;
+  AddSceneItem(scene, 0, 1, 1);
+  const Mover p = AddMover(scene, "p");
+  Place(scene, p.position, 10, 0, 0);
+  At(scene, p.item).hasLocator = false;
+  const Mover a = AddMover(scene, "a", p.item);
+  Key(scene, a.position, Axis::Y, Line(0, 0, 1, 3));
+  Save save(std::move(scene));
+  ExportAnimation(*save.state);
+  CZyUser_Locator locator;
+  for (const auto& [item, node] : save.state->nodesByItem)
+    if (node->name == "a") locator.Set(item);
+  for (const GltfKeyframe& key : save.Find("a", kT)->keyframes) {
+    CZyUser_ChannelRead read;
+    save.state->scene.Channels(nullptr, key.time, read);
+    Matrix4 world;
+    ASSERT_EQ(locator.WorldTransform(read, world), ZYe_OK);
+    ExpectNear(key.value, {world(3, 0), world(3, 1), world(3, 2)});
+  }
+}
+
 TEST(Sampling, BakesLinks) {
   SceneData scene;
   AddSceneItem(scene, 0, 1, 4);
