@@ -25,4 +25,6 @@ struct Fnv1aHash {
     return Fnv1a({bytes, sizeof bytes});
   }
   std::size_t operator()(std::string_view text) const { return Fnv1a(text); }
+  // Else a text would be taken for a pointer.
+  std::size_t operator()(const char* text) const { return Fnv1a(text); }
 };
