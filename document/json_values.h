@@ -6,7 +6,11 @@
 #include <array>
 
 // Prints with the digits of the double that equals the f32.
-inline double AsF32(double value) { return static_cast<double>(static_cast<float>(value)); }
+inline double AsF32(double value) {
+  // Where g++ 12 vectorises a conversion there and back it leaves both out; it can't see through a volatile.
+  volatile const float rounded = static_cast<float>(value);
+  return static_cast<double>(rounded);
+}
 
 inline JsonValue TextValue(const std::string& text, JsonAllocator& allocator) {
   return JsonValue(text.data(), static_cast<rapidjson::SizeType>(text.size()), allocator);
