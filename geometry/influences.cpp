@@ -32,11 +32,10 @@ class WeightVisitor final : public CZyImpl_AbstractVisitor {
 }  // namespace
 
 std::vector<PointInfluences> GatherGroupInfluences(const CZyUser_GroupDeformer& group, std::uint32_t mesh,
-                                                   const CZyUser_Point& point, std::uint32_t pointCount) {
+                                                   const CZyUser_Point& point, std::uint32_t pointCount,
+                                                   std::uint32_t room) {
   const std::uint32_t deformerCount = group.DeformerCount();
   std::vector<PointInfluences> influences(deformerCount);
-  // The host wants room for as many entries as the mesh has points, yet a tiny mesh may have more deformers.
-  const std::uint32_t room = std::max(pointCount, deformerCount);
   std::vector<std::uint32_t> deformers(room);
   std::vector<float> weights(room);
   for (std::uint32_t index = 0; index < pointCount; ++index) {

@@ -15,9 +15,11 @@ struct PointInfluences {
 };
 
 // Asks for each point of the mesh once and sorts the answers by deformer. `mesh` is the mesh's place in the
-// group. A point or pair that can't be read or is out of range is left out.
+// group, `room` the most weights that the host may give for a point there. A point or pair that can't be read
+// or is out of range is left out.
 std::vector<PointInfluences> GatherGroupInfluences(const CZyUser_GroupDeformer& group, std::uint32_t mesh,
-                                                   const CZyUser_Point& point, std::uint32_t pointCount);
+                                                   const CZyUser_Point& point, std::uint32_t pointCount,
+                                                   std::uint32_t room);
 
 // The values of a weight map; none when the mesh has no map of the name. `map` and `point` move.
 PointInfluences GatherMapInfluences(const CZyUser_MeshMap& map, const std::string& mapName,

@@ -52,8 +52,9 @@ bool NameIgnoringCaseLess(const MeshMapEntry& left, const MeshMapEntry& right) {
 enum class MapOrder { Host, ByName };
 
 std::vector<MeshMapEntry> ListMeshMaps(const CZyUser_MeshMap& maps, std::uint32_t typeCode, MapOrder order) {
+  // Without the filter maps of other types would come too, whose values have other sizes.
+  if (ZyFailed(maps.FilterByType(typeCode))) return {};
   MeshMapVisitor visitor(maps);
-  maps.FilterByType(typeCode);
   maps.Enumerate(visitor);
   if (order == MapOrder::ByName)
     std::stable_sort(visitor.entries.begin(), visitor.entries.end(), NameIgnoringCaseLess);

@@ -13,6 +13,9 @@ bool CreateSkinFromGroups(SaveState& state, GltfMesh& mesh, const CZyUser_Mesh& 
                           const DeformGroupPlaces& groups, std::uint32_t meshIndexInGroup);
 bool CreateSkinFromGraph(SaveState& state, GltfMesh& mesh, const CZyUser_Item& item, const CZyUser_Mesh& hostMesh);
 
+// The mesh of an item's "mesh" channel.
+zyresult ReadMesh(const SaveState& state, const CZyUser_Item& item, CZyUser_Mesh& mesh);
+
 // Points for which a skin needs rows: those of the host's mesh, and never less than the vertices refer to.
 std::uint32_t SkinPointCount(const GltfMesh& mesh, const CZyUser_Mesh& hostMesh);
 

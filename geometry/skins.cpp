@@ -6,12 +6,6 @@
 
 namespace {
 
-zyresult ReadMesh(const SaveState& state, const CZyUser_Item& item, CZyUser_Mesh& mesh) {
-  std::int32_t channel = -1;
-  const zyresult found = item.ChannelLookup("mesh", channel);
-  return ZyFailed(found) ? found : state.chanSetup.ValueObject(item, channel, mesh);
-}
-
 // The deform groups that name the mesh item and have deformers. `meshIndexInGroup` is the item's place in
 // the group of the last match, and serves every group.
 DeformGroupPlaces FindGroups(const SaveState& state, const char* ident, std::uint32_t& meshIndexInGroup) {
@@ -56,6 +50,12 @@ void CreateDeformers(SaveState& state, GltfMesh* mesh, IZyItem* item) {
   const bool created = groups.empty() ? CreateSkinFromGraph(state, *mesh, meshItem, hostMesh)
                                       : CreateSkinFromGroups(state, *mesh, hostMesh, groups, meshIndexInGroup);
   if (!created) state.log.Error("Failed to create skin deformer for mesh:%s", ident);
+}
+
+zyresult ReadMesh(const SaveState& state, const CZyUser_Item& item, CZyUser_Mesh& mesh) {
+  std::int32_t channel = -1;
+  const zyresult found = item.ChannelLookup("mesh", channel);
+  return ZyFailed(found) ? found : state.chanSetup.ValueObject(item, channel, mesh);
 }
 
 std::uint32_t SkinPointCount(const GltfMesh& mesh, const CZyUser_Mesh& hostMesh) {

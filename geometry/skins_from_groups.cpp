@@ -1,5 +1,7 @@
 #include "geometry/skin_roads.h"
 
+#include <algorithm>
+
 namespace {
 
 // Adds the deformer as a joint. False when its driving item was not exported, which ends the skin.
@@ -20,6 +22,19 @@ bool AddDeformer(SaveState& state, const CZyUser_Item& deformer, const PointInfl
   return true;
 }
 
+// Weights that the host may give for a point: as many as the mesh has points, or a tiny one deformers. The place
+// was found in the last group, and in this one it may be that of another mesh, with more points.
+std::uint32_t RoomForWeights(const SaveState& state, const CZyUser_Item& group, std::uint32_t meshIndexInGroup,
+                             std::uint32_t pointCount, std::uint32_t deformerCount) {
+  CZyUser_Item member;
+  CZyUser_Mesh memberMesh;
+  std::uint32_t memberPoints = 0;
+  if (ZySucceeded(state.deformerService.MeshByIndex(group, meshIndexInGroup, member)) &&
+      ZySucceeded(ReadMesh(state, member, memberMesh)))
+    memberMesh.PointCount(memberPoints);
+  return std::max({pointCount, deformerCount, memberPoints});
+}
+
 void CreateGroupSkin(SaveState& state, GltfMesh& mesh, const CZyUser_Mesh& hostMesh, const CZyUser_Item& group,
                      std::uint32_t meshIndexInGroup, const std::string& name) {
   auto skin = std::make_unique<GltfSkin>();
@@ -31,7 +46,8 @@ void CreateGroupSkin(SaveState& state, GltfMesh& mesh, const CZyUser_Mesh& hostM
   skin->ExtendPoints(SkinPointCount(mesh, hostMesh));
   CZyUser_Point point;
   hostMesh.PointAccessor(point);
-  const auto influences = GatherGroupInfluences(deformer, meshIndexInGroup, point, pointCount);
+  const std::uint32_t room = RoomForWeights(state, group, meshIndexInGroup, pointCount, deformer.DeformerCount());
+  const auto influences = GatherGroupInfluences(deformer, meshIndexInGroup, point, pointCount, room);
 
   bool overflowed = false;
   for (std::uint32_t index = 0; index < influences.size(); ++index) {

@@ -100,8 +100,8 @@ bool SceneFrame::PolyAccessor(CZyUser_Polygon& polygon) const {
 
 std::int64_t SceneFrame::PointCount() {
   std::uint32_t count = 0;
-  const zyresult result = Keep(mesh_.PointCount(count));
-  return ZyFailed(result) ? result : count;
+  if (const zyresult result = Keep(mesh_.PointCount(count)); ZyFailed(result)) return result;
+  return count;
 }
 
 bool SceneFrame::PointCoords(double (&position)[3]) const {

@@ -190,6 +190,22 @@ TEST(GroupSkin, EachNamingMakesASkin) {
   EXPECT_EQ(InfluencesOf(*save.Skins()[2], 0), (Pairs{{0, 2}}));
 }
 
+TEST(GroupSkin, PlaceOfALargerMeshHasRoom) {
+  SkinScene s(1);
+  auto large = std::make_shared<headless::MeshData>(*MakeMesh());
+  large->points = std::vector<float>(24, 0.0F);
+  large->pointIds = std::vector<std::uint64_t>{60, 50, 40, 30, 20, 10, 8, 9};
+  const ItemIndex other = AddMover(s.scene, "other", -1, "mesh").item;
+  At(s.scene, other).mesh = std::move(large);
+  s.AddGroup("A", {s.body, other}, {std::nullopt, Influences({Pairs(8, {0, 1})})});
+  s.AddGroup("B", {other, s.body}, {});
+  const SkinSave save(std::move(s.scene));
+  // The last place found, 1, is that of the other mesh in "A", for whose eight points the host may give more
+  // weights than the body has points.
+  EXPECT_EQ(save.CountLog(" weights:8"), 1u);
+  EXPECT_EQ(InfluencesOf(*save.Skins().at(0), 0), Pairs(4, {0, 1}));
+}
+
 TEST(GroupSkin, StopsAtAJointThatIsNoNode) {
   SkinScene s(3);
   s.AddGroup("Arm", {s.body}, {Influences({{{0, 1}, {1, 1}, {2, 1}}, {}, {}, {}})});
