@@ -8,22 +8,40 @@ namespace headless {
 
 namespace {
 
-// Every mesh has a mesh and every triangle surface a surface, if an empty one.
+// Every mesh has a mesh and every triangle surface a surface, if an empty one; so has an instance of no mesh.
 SceneData Completed(SceneData data) {
   const ItemTypes types(data);
-  const std::uint32_t meshType = types.Code("mesh"), surfaceType = types.Code("triSurf");
-  for (ItemData& item : data.items) {
+  const std::uint32_t meshType = types.Code("mesh"), instanceType = types.Code("meshInst"),
+                      surfaceType = types.Code("triSurf");
+  for (std::size_t place = 0; place < data.items.size(); ++place) {
+    ItemData& item = data.items[place];
     const std::uint32_t type = types.Code(item.type);
-    const bool isMesh = types.Derives(type, meshType);
-    if (isMesh && !item.mesh) item.mesh = std::make_shared<const MeshData>();
-    if (!isMesh && !types.Derives(type, surfaceType)) continue;
-    const char* channel = isMesh ? "mesh" : "surf";
+    const bool hasMesh =
+        types.Derives(type, meshType) ||
+        (types.Derives(type, instanceType) && MeshBehindInstance(data, types, static_cast<ItemIndex>(place)) < 0);
+    if (hasMesh && !item.mesh) item.mesh = std::make_shared<const MeshData>();
+    if (!hasMesh && !types.Derives(type, surfaceType)) continue;
+    const char* channel = hasMesh ? "mesh" : "surf";
     if (FindChannel(item, channel) < 0) SetChannel(item, channel, 0.0);
   }
   return data;
 }
 
 }  // namespace
+
+ItemIndex MeshBehindInstance(const SceneData& scene, const ItemTypes& types, ItemIndex instance) {
+  const std::uint32_t meshType = types.Code("mesh"), instanceType = types.Code("meshInst");
+  ItemIndex current = instance;
+  // A chain longer than the scene is a circle.
+  for (std::size_t step = 0; step < scene.items.size(); ++step) {
+    if (current < 0 || At(current) >= scene.items.size()) return -1;
+    const std::uint32_t type = types.Code(scene.items[At(current)].type);
+    if (types.Derives(type, meshType)) return current;
+    if (!types.Derives(type, instanceType)) return -1;
+    current = scene.items[At(current)].instanceSource;
+  }
+  return -1;
+}
 
 HostState::HostState(SceneData data)
     : scene(Completed(std::move(data))),

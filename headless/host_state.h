@@ -17,6 +17,9 @@ namespace headless {
 class Item;
 class SceneObject;
 
+// The mesh item that an instance shows, through instances of instances; -1 when there is none.
+ItemIndex MeshBehindInstance(const SceneData& scene, const ItemTypes& types, ItemIndex instance);
+
 class HostState {
  public:
   explicit HostState(SceneData data);

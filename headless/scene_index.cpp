@@ -18,7 +18,6 @@ SceneIndex::SceneIndex(const SceneData& scene)
     : scene_(scene),
       types_(scene),
       locatorType_(types_.Code("locator")),
-      meshType_(types_.Code("mesh")),
       surfaceType_(types_.Code("triSurf")),
       itemsByType_(types_.Count() + 1) {
   typeCodes_.reserve(scene.items.size());
@@ -75,7 +74,7 @@ const std::vector<ItemIndex>* SceneIndex::ItemsOfType(std::uint32_t type) const 
 
 ChannelKind SceneIndex::KindOf(ChannelRef ref) const {
   const std::string& name = Channel(ref).name;
-  if (name == "mesh" && IsOfType(ref.item, meshType_)) return ChannelKind::Mesh;
+  if (name == "mesh" && scene_.items[At(ref.item)].mesh) return ChannelKind::Mesh;
   if (name == "surf" && IsOfType(ref.item, surfaceType_)) return ChannelKind::Surface;
   return MatrixOf(ref) ? ChannelKind::Matrix : ChannelKind::Value;
 }

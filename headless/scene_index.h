@@ -57,7 +57,7 @@ class SceneIndex {
 
   const SceneData& scene_;
   ItemTypes types_;
-  std::uint32_t locatorType_, meshType_, surfaceType_;
+  std::uint32_t locatorType_, surfaceType_;
   std::vector<std::uint32_t> typeCodes_;
   std::vector<ItemIndex> parents_;
   LinkTable children_;

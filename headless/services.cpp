@@ -53,16 +53,10 @@ zyresult SceneService::ItemTypeName(std::uint32_t type, const char*& text) {
 
 zyresult SceneService::MeshInstanceSource(IZyItem* item, IZyObject*& source) {
   if (!item) return ZYe_FAILED;
-  const std::uint32_t instanceType = host_.index.Types().Code("meshInst");
-  ItemIndex current = HostState::IndexOf(item);
-  // A chain longer than the scene is a circle.
-  for (std::size_t step = 0; step < host_.index.ItemCount(); ++step) {
-    if (!host_.index.IsOfType(current, instanceType)) break;
-    current = host_.Data(current).instanceSource;
-    if (!host_.index.HasItem(current)) return ZYe_FAILED;
-  }
-  return host_.index.IsOfType(current, host_.index.Types().Code("mesh")) ? host_.Give(current, source)
-                                                                         : ZYe_FAILED;
+  const ItemIndex instance = HostState::IndexOf(item);
+  if (!host_.index.IsOfType(instance, host_.index.Types().Code("meshInst"))) return ZYe_FAILED;
+  const ItemIndex mesh = MeshBehindInstance(host_.scene, host_.index.Types(), instance);
+  return host_.Give(mesh < 0 ? instance : mesh, source);  // an instance of no mesh has an empty one of its own
 }
 
 std::uint32_t SelectionService::LookupType(const char* name) {

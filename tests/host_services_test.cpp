@@ -69,8 +69,18 @@ TEST(Services, InstanceSources) {
     EXPECT_EQ(CZySceneService().MeshInstanceSource(rig.Item(item), source), ZYe_OK);
     EXPECT_EQ(source.Raw(), rig.Item(mesh).Raw());
   }
-  for (const ItemIndex item : {circular, unbound})
-    EXPECT_TRUE(ZyFailed(CZySceneService().MeshInstanceSource(rig.Item(item), source)));
+  // An instance of no mesh is its own source, with an empty mesh: a save must not fail over it.
+  for (const ItemIndex item : {circular, unbound}) {
+    EXPECT_EQ(CZySceneService().MeshInstanceSource(rig.Item(item), source), ZYe_OK);
+    std::int32_t channel = -1;
+    CZyUser_Mesh empty;
+    EXPECT_EQ(source.ChannelLookup("mesh", channel), ZYe_OK);
+    EXPECT_EQ(rig.Read(test_support::State::Setup).ValueObject(source, channel, empty), ZYe_OK);
+    std::uint32_t points = 1;
+    EXPECT_EQ(empty.PointCount(points), ZYe_OK);
+    EXPECT_EQ(points, 0u);
+  }
+  EXPECT_TRUE(ZyFailed(CZySceneService().MeshInstanceSource(rig.Item(mesh), source)));
 }
 
 TEST(Messages, TablesArgumentsAndShortBuffers) {
