@@ -368,7 +368,8 @@ void Parser::FailNumber(const char* place) const {
   const char* digits = place + (*place == '+');
   const auto [rest, error] = fast_float::from_chars(digits, end_, number);
   // What a double holds may still be too large for a float.
-  const bool isNumber = error != std::errc::invalid_argument && AtTokenEnd(rest);
+  const bool isNumber =
+      error != std::errc::invalid_argument && AtTokenEnd(rest) && (digits == place || *digits != '-');
   Fail(place, fmt::format("{} \"{}\"", isNumber ? "not a finite number" : "bad number", Shown(place)));
 }
 
