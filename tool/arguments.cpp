@@ -156,6 +156,11 @@ void CheckOutput(const Arguments& arguments) {
   const std::string extension = arguments.output.extension().string();
   if (arguments.command == Command::Export && extension != ".glb" && extension != ".gltf")
     throw CLI::ValidationError("--output", "'" + arguments.output.string() + "' does not end in .glb or .gltf");
+  namespace fs = std::filesystem;
+  for (const fs::path& written : {arguments.output, fs::path(arguments.output).replace_extension(".bin")})
+    if (!arguments.logFile.empty() &&
+        fs::absolute(arguments.logFile).lexically_normal() == fs::absolute(written).lexically_normal())
+      throw CLI::ValidationError("--log", "'" + arguments.logFile.string() + "' is written by the export");
 }
 
 }  // namespace
@@ -165,6 +170,9 @@ ParsedArguments ParseArguments(int argc, const char* const* argv) {
   CLI::App app("Exports scenes of the Orvo 3D application to glTF 2.0.", "vornel");
   app.set_version_flag("--version", "vornel " VORNEL_VERSION);
   app.require_subcommand(1);
+  app.failure_message([](const CLI::App*, const CLI::Error& error) {
+    return std::string("vornel: error: ") + error.what() + " (see --help)\n";
+  });
   app.footer("Exit codes: 0 done, 2 usage, 3 input can't be read, 4 output can't be written.");
   AddExport(app, arguments);
   AddInfo(app, arguments);

@@ -15,6 +15,8 @@
 
 #include <fmt/core.h>
 
+#include <csignal>
+#include <new>
 #include <optional>
 #include <system_error>
 
@@ -38,7 +40,8 @@ void SettleImages(const Arguments& arguments, headless::SceneData& scene, const 
 void CheckInputStays(const Arguments& arguments, std::vector<fs::path> read) {
   read.push_back(arguments.input);
   std::vector<fs::path> written = {arguments.output, arguments.logFile};
-  if (arguments.output.extension() == ".gltf") written.push_back(fs::path(arguments.output).replace_extension(".bin"));
+  if (arguments.output.extension() == ".gltf")
+    written.push_back(fs::path(arguments.output).replace_extension(".bin"));
   for (const fs::path& target : written)
     for (const fs::path& source : read) {
       std::error_code none;
@@ -74,8 +77,9 @@ void Save(const Arguments& arguments, headless::Host& host, const fs::path& file
   const zyresult result =
       saver.Raw()->Save(host.Scene(), headless::ToHostPath(file.string()).c_str(), monitor.Raw());
   if (ZyFailed(result))
-    throw OutputError(fmt::format("{}: the export failed with code 0x{:08X}", arguments.output.string(),
-                                  static_cast<std::uint32_t>(result)));
+    throw OutputError(fmt::format(
+        "{}: the export failed: {}", arguments.output.string(),
+        FindWriteFault(file).value_or(fmt::format("code 0x{:08X}", static_cast<std::uint32_t>(result)))));
 }
 
 void Export(const Arguments& arguments, const Report& report) {
@@ -100,6 +104,8 @@ void Export(const Arguments& arguments, const Report& report) {
 }  // namespace
 
 int RunExport(const Arguments& arguments, const Report& report) {
+  // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
+  for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
   try {
     Export(arguments, report);
     return kDone;
@@ -114,6 +120,9 @@ int RunExport(const Arguments& arguments, const Report& report) {
     return kOutput;
   } catch (const std::system_error& error) {  // a file system that fails in between
     report.Error(arguments.output.string() + ": " + error.what());
+    return kOutput;
+  } catch (const std::bad_alloc&) {
+    report.Error(arguments.output.string() + ": out of memory");
     return kOutput;
   }
 }

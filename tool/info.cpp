@@ -5,8 +5,13 @@
 
 #include <fmt/core.h>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <map>
+#include <new>
 #include <string>
+#include <system_error>
 
 namespace tool {
 namespace {
@@ -58,9 +63,17 @@ int RunInfo(const Arguments& arguments, const Report& report) {
     const SceneData scene = readers::ReadScene(arguments.input, read);
     for (const std::string& warning : read.warnings) report.Warning(warning);
     PrintScene(scene);
-    return kDone;
+    if (std::fflush(stdout) == 0) return kDone;
+    report.Error(std::string("standard output: ") + std::strerror(errno));
+    return kOutput;
   } catch (const readers::InputError& error) {
     report.Error(error.what());
+    return kInput;
+  } catch (const std::system_error& error) {
+    report.Error(std::string("standard output: ") + error.what());
+    return kOutput;
+  } catch (const std::bad_alloc&) {
+    report.Error(arguments.input.string() + ": out of memory");
     return kInput;
   }
 }

@@ -4,7 +4,22 @@
 #include "tool/info.h"
 #include "tool/report.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+// The next file opened would get the number of a closed standard stream, and messages would land in that file.
+void OpenStandardStreams() {
+  int file = open("/dev/null", O_RDWR);
+  while (file >= 0 && file <= STDERR_FILENO) file = open("/dev/null", O_RDWR);
+  if (file >= 0) close(file);
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
+  OpenStandardStreams();
   const tool::ParsedArguments parsed = tool::ParseArguments(argc, argv);
   if (!parsed.arguments) return parsed.exitCode;
   const tool::Report report(parsed.arguments->verbosity);

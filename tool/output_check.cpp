@@ -6,7 +6,9 @@
 #include <rapidjson/document.h>
 #include <rapidjson/error/en.h>
 
+#include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <span>
 
@@ -17,6 +19,7 @@ using Bytes = std::span<const std::byte>;
 using Fault = std::optional<std::string>;
 
 constexpr std::uint32_t kComponentFloat = 5126;
+constexpr std::uint64_t kLargestCount = 0xFFFFFFFF;  // of bytes, in the header of a .glb and in a saver
 
 std::uint32_t ReadU32(Bytes bytes, std::size_t offset) {
   std::uint32_t value = 0;
@@ -71,6 +74,7 @@ Fault CheckDocument(const rapidjson::Document& root, Bytes buffer) {
   if (root.HasParseError())
     return std::string("its JSON is broken: ") + rapidjson::GetParseError_En(root.GetParseError()) + " at byte " +
            std::to_string(root.GetErrorOffset()) + " (most likely a number that isn't finite)";
+  if (buffer.size() > kLargestCount) return "its buffer takes more than 4 GiB, the most that a saver can write";
   const std::uint64_t length = Number(root["buffers"][0], "byteLength");
   if (length != buffer.size())
     return "its buffer has " + std::to_string(buffer.size()) + " bytes where the JSON says " +
@@ -87,6 +91,7 @@ Fault ParseAndCheck(Bytes json, Bytes buffer) {
 }
 
 Fault CheckGlb(Bytes file) {
+  if (file.size() > kLargestCount) return "it takes more than 4 GiB, the most that a .glb can hold";
   if (file.size() < 28 || ReadU32(file, 8) != file.size()) return "its length is not what its header says";
   const std::size_t jsonLength = ReadU32(file, 12);
   if (jsonLength > file.size() - 28) return "its JSON chunk reaches beyond the file";
@@ -106,6 +111,16 @@ Fault FindOutputFault(const std::filesystem::path& file) {
   } catch (const readers::InputError& error) {
     return error.what();
   }
+}
+
+std::optional<std::string> FindWriteFault(const std::filesystem::path& file) {
+  std::FILE* const stream = std::fopen(file.c_str(), "ab");
+  if (!stream) return std::strerror(errno);
+  const std::string block(65536, '\0');
+  const bool written = std::fwrite(block.data(), 1, block.size(), stream) == block.size();
+  const int error = errno;
+  if (std::fclose(stream) == 0 && written) return std::nullopt;
+  return std::strerror(written ? errno : error);
 }
 
 }  // namespace tool

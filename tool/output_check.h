@@ -12,4 +12,7 @@ namespace tool {
 // number that isn't finite. None for a sound file.
 std::optional<std::string> FindOutputFault(const std::filesystem::path& file);
 
+// Why nothing more can be written to `file`, when that is so. It may grow by the attempt.
+std::optional<std::string> FindWriteFault(const std::filesystem::path& file);
+
 }  // namespace tool

@@ -3,6 +3,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <string>
 
 namespace tool {
@@ -14,7 +15,7 @@ constexpr std::uint64_t kWidth = 40;
 ProgressBar::~ProgressBar() {
   if (drawn_ == 0) return;
   Draw();
-  fmt::print(stderr, "\n");
+  std::fputs("\n", stderr);
 }
 
 zyresult ProgressBar::Initialize(std::uint32_t steps) {
@@ -31,12 +32,13 @@ zyresult ProgressBar::Step(std::uint32_t steps) {
 void ProgressBar::Draw() {
   drawn_ = done_;
   if (total_ == 0) {
-    fmt::print(stderr, "\r{} points and polygons read", done_);
+    std::fputs(fmt::format("\r{} points and polygons read", done_).c_str(), stderr);
     return;
   }
   const std::uint64_t filled = std::min(kWidth, done_ * kWidth / total_);
-  fmt::print(stderr, "\r[{:<{}}] {:3}%", std::string(filled, '#'), kWidth,
-             std::min<std::uint64_t>(100, done_ * 100 / total_));
+  const std::string bar = fmt::format("\r[{:<{}}] {:3}%", std::string(filled, '#'), kWidth,
+                                      std::min<std::uint64_t>(100, done_ * 100 / total_));
+  std::fputs(bar.c_str(), stderr);
 }
 
 }  // namespace tool

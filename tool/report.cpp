@@ -2,6 +2,7 @@
 
 #include <fmt/core.h>
 
+#include <cstdio>
 #include <string_view>
 
 namespace tool {
@@ -13,16 +14,22 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \n") - first + 1);
 }
 
+// Not fmt::print, which throws: an error stream that takes nothing must not cost the export.
+void PrintLine(const char* front, std::string_view text) {
+  const std::string line = fmt::format("{}{}\n", front, text);
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
 }  // namespace
 
-void Report::Error(const std::string& text) const { fmt::print(stderr, "vornel: error: {}\n", text); }
+void Report::Error(const std::string& text) const { PrintLine("vornel: error: ", text); }
 
 void Report::Warning(const std::string& text) const {
-  if (verbosity_ != Verbosity::Quiet) fmt::print(stderr, "vornel: warning: {}\n", text);
+  if (verbosity_ != Verbosity::Quiet) PrintLine("vornel: warning: ", text);
 }
 
 void Report::Note(const std::string& text) const {
-  if (verbosity_ != Verbosity::Quiet) fmt::print(stderr, "{}\n", text);
+  if (verbosity_ != Verbosity::Quiet) PrintLine("", text);
 }
 
 void Report::LogMessage(const headless::LogLine& line) const {
@@ -32,7 +39,7 @@ void Report::LogMessage(const headless::LogLine& line) const {
     case Kind::Info:
       // The blanks in front show the nesting; some texts end in a line end of their own.
       if (verbosity_ == Verbosity::Verbose)
-        fmt::print(stderr, "{}\n", std::string_view(line.text).substr(0, line.text.find_last_not_of('\n') + 1));
+        PrintLine("", std::string_view(line.text).substr(0, line.text.find_last_not_of('\n') + 1));
       break;
     case Kind::Warning:
     case Kind::WarningDialog:

@@ -80,7 +80,11 @@ Staging::Staging(const fs::path& target) : target_(target) {
     throw OutputError(target_.string() + ": can't write into " + parent.string() + ": " + std::strerror(errno));
   directory_ = fs::absolute(name);
   RemoveOnSignal(directory_);
-  for (const char* folder : {"new", "old"}) fs::create_directory(directory_ / folder);
+  for (const char* folder : {"new", "old"}) {
+    if (fs::create_directory(directory_ / folder, error)) continue;
+    fs::remove_all(directory_);
+    throw OutputError(target_.string() + ": can't write into " + parent.string() + ": " + error.message());
+  }
 }
 
 Staging::~Staging() {
