@@ -207,6 +207,7 @@ TEST_F(ImagePathsTest, ASceneInTheWorkingDirectory) {
   ExpectStays("notes.txt");
   ExpectFound("C:\\tile.png", "images/tile.png");
   ExpectLeftOut("../outside/secret.png", kNoImage);
+  ExpectStays("no folder/gone.png", {"."});
   ExpectStays("textures/gone.png", {"textures"});
   ExpectLeftOut("wood.png", kOutsideRoots, {"textures"});
   directory = "textures";

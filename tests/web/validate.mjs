@@ -1,5 +1,5 @@
-// Runs the glTF validator over files: node validate.mjs FILE.glb|FILE.gltf ...
-// Every code that it reports must stand in validator_codes.json with the reason why it may.
+// Runs the glTF validator over files: node validate.mjs [CODES.json] FILE.glb|FILE.gltf ...
+// Every code that it reports must stand in validator_codes.json, or in CODES.json, with the reason why it may.
 import { readFile } from 'node:fs/promises';
 import path from 'node:path';
 import validator from 'gltf-validator';
@@ -7,6 +7,7 @@ import validator from 'gltf-validator';
 const severities = ['error', 'warning', 'information', 'hint'];
 const allowed = JSON.parse(await readFile(new URL('validator_codes.json', import.meta.url)));
 const files = process.argv.slice(2);
+if (files[0]?.endsWith('.json')) Object.assign(allowed, JSON.parse(await readFile(files.shift())));
 if (files.length === 0) {
   console.error('validate.mjs: no files given');
   process.exit(2);
