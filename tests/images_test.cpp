@@ -108,6 +108,15 @@ TEST_F(ImageTest, ABigFileThatShrinksLeavesNothingOfItsOwnBehind) {
   EXPECT_EQ(Pour(), std::string(70000, 'y') + std::string(130000, '\0'));
 }
 
+TEST_F(ImageTest, AHugeFileComesOutWhole) {
+  Open(GltfFormat::Glb);
+  std::string contents(64 * 1024 * 1024 + 1, 'h');
+  contents.front() = 'f';
+  contents.back() = 'b';
+  AddImage(document, MakeImageFile(dir.WriteFile("huge.png", contents)));
+  EXPECT_TRUE(Pour() == contents + std::string(3, '\0'));  // not EXPECT_EQ, which would print them
+}
+
 TEST_F(ImageTest, OnePathIsOneImage) {
   Open(GltfFormat::Glb);
   const std::string path = dir.WriteFile("a.png", "1234");
