@@ -5,8 +5,8 @@ cd "$(dirname "$0")/.."
 
 scripts/install.sh
 
-cmake --preset release -DVORNEL_TESTS=OFF -DVORNEL_BENCH=OFF >/dev/null
-cmake --build --preset release
+cmake --preset release >/dev/null
+cmake --build --preset release --target vornel
 scripts/export_examples.sh build/release/bin/vornel out
 
 echo
