@@ -155,6 +155,13 @@ TEST_F(ImagePathsTest, OnlyRegularFilesAreTaken) {
   ExpectStays("C:\\pipe.png");
 }
 
+TEST_F(ImagePathsTest, LengthsFitInto32Bits) {
+  fs::resize_file(dir / "scene/wood.png", 0xFFFFFFFC);
+  ExpectStays("wood.png");
+  fs::resize_file(dir / "scene/wood.png", 0xFFFFFFFD);
+  ExpectLeftOut("wood.png", "it takes 4 GiB or more, which no glTF buffer can hold");
+}
+
 TEST_F(ImagePathsTest, RootsConfineAllImages) {
   fs::create_symlink(dir / "outside/image.png", dir / "scene/textures/link.png");
   fs::create_symlink("../images", dir / "scene/textures/linked");

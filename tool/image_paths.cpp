@@ -6,6 +6,7 @@
 #include <fmt/core.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <system_error>
@@ -15,7 +16,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-enum class Verdict { Taken, Missing, OutsideRoots, Backslash, Folder, Special, NoImage };
+enum class Verdict { Taken, Missing, OutsideRoots, Backslash, Folder, Special, TooLarge, NoImage };
+
+// The plug-in keeps lengths, padded to four bytes, in 32 bits.
+constexpr std::uintmax_t kTooLarge = 0xFFFFFFFD;
 
 // By Verdict.
 constexpr const char* kReasons[] = {
@@ -25,6 +29,7 @@ constexpr const char* kReasons[] = {
     "a backslash in its path can't be told from a separator of folders",
     "it is a folder",
     "it isn't a regular file",
+    "it takes 4 GiB or more, which no glTF buffer can hold",
     "it lies outside the scene's folder and doesn't begin like an image",
 };
 
@@ -79,6 +84,7 @@ Verdict ImageFinder::Judge(const std::string& path) const {
   if (path.empty() || !fs::exists(status)) return IsBackslashName(path) ? Verdict::Backslash : Verdict::Missing;
   if (fs::is_directory(status)) return Verdict::Folder;
   if (!fs::is_regular_file(status)) return Verdict::Special;
+  if (fs::file_size(file, ignored) >= kTooLarge) return Verdict::TooLarge;
   const bool trusted = confined || LiesBelow(canonical, canonicalDirectory_);
   return trusted || BeginsLikeImage(file) ? Verdict::Taken : Verdict::NoImage;
 }

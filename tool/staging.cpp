@@ -8,6 +8,7 @@
 #include <cstring>
 #include <fstream>
 #include <functional>
+#include <mutex>
 #include <pthread.h>
 #include <stdlib.h>
 #include <thread>
@@ -22,6 +23,9 @@ fs::path DirectoryOf(const fs::path& target) {
   return target.has_parent_path() ? target.parent_path() : fs::path(".");
 }
 
+// Held while files are moved into place: a signal waits until all of them are.
+std::mutex g_moving;
+
 // Waits for a signal to end the command and removes the directory before it does. Removing a tree isn't allowed
 // in a signal handler, so a thread of its own takes the signals.
 void RemoveOnSignal(const fs::path& directory) {
@@ -32,6 +36,7 @@ void RemoveOnSignal(const fs::path& directory) {
   std::thread([signals, directory] {
     int number = 0;
     sigwait(&signals, &number);
+    const std::lock_guard<std::mutex> lock(g_moving);
     std::error_code ignored;
     fs::remove_all(directory, ignored);
     _exit(128 + number);
@@ -93,6 +98,7 @@ Staging::~Staging() {
 }
 
 std::vector<fs::path> Staging::MoveIntoPlace() const {
+  const std::lock_guard<std::mutex> lock(g_moving);
   std::vector<Move> moves;
   for (const fs::directory_entry& entry : fs::directory_iterator(Directory()))
     if (entry.path().filename() != target_.filename())
