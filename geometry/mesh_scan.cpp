@@ -80,7 +80,6 @@ void ScanCorner(MeshScanState& scan, ZyPolygonId polygon, ZyPointId point) {
   for (std::size_t k = 0; k < scan.tangentScans.size(); ++k) ReadTangent(scan, k, corner);
   ReadNormal(scan, corner);
   for (UvScan& uv : scan.uvScans) ReadUv(scan, uv, corner);
-  ++scan.cornerCount;
 }
 
 }  // namespace
@@ -124,7 +123,6 @@ GltfMesh* CreateMeshForItem(SaveState& state, const CZyUser_Item& item) {
   GltfMesh* mesh = state.gltfScene->CreateMesh();
   ResetScan(scan);
   scan.currentMesh = mesh;
-  scan.meshAccessor = hostMesh;
   scan.meshMapAccessor = maps;
   scan.polygonAccessor = polygon;
   scan.pointAccessor = point;

@@ -50,7 +50,6 @@ struct MeshScanState {
   std::vector<LastNormal> lastNormalOfPoint;
   ZyMeshMapId normalMapId = 0;                   // 0 for none
   bool hasNormalMap = false;                     // normalMapId is to be used
-  CZyUser_Mesh meshAccessor;
   CZyUser_MeshMap meshMapAccessor;
   CZyUser_Polygon polygonAccessor;
   CZyUser_Point pointAccessor;
@@ -61,7 +60,6 @@ struct MeshScanState {
   TagCursor materialCursor, partCursor;
   std::uint32_t pointCount = 0;     // points seen, the next index into positions
   std::uint32_t triangleCount = 0;  // triangles seen, the triangle number
-  std::uint32_t cornerCount = 0;    // corners seen, the corner number
 
   // One for each tangent map of each mesh so far; see tangent_table.h.
   std::vector<TangentTable> tangentValueTables;
