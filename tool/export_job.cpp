@@ -28,7 +28,7 @@ namespace fs = std::filesystem;
 constexpr char kExportType[] = "sceneio.gltf.save.exportType";
 constexpr std::int32_t kExportAll = 0;
 
-void SettleImages(const Arguments& arguments, headless::SceneData& scene, const Report& report) {
+void SettleImages(const ExportArguments& arguments, headless::SceneData& scene, const Report& report) {
   ImageReport images;
   SettleImagePaths(scene, arguments.imageRoots, images);
   if (arguments.output.extension() == ".gltf") CheckImageCopies(scene, arguments.output, arguments.input, images);
@@ -37,7 +37,7 @@ void SettleImages(const Arguments& arguments, headless::SceneData& scene, const 
 }
 
 // Refuses to write over what the scene is read from.
-void CheckInputStays(const Arguments& arguments, std::vector<fs::path> read) {
+void CheckInputStays(const ExportArguments& arguments, std::vector<fs::path> read) {
   read.push_back(arguments.input);
   std::vector<fs::path> written = {arguments.output, arguments.logFile};
   if (arguments.output.extension() == ".gltf")
@@ -50,7 +50,7 @@ void CheckInputStays(const Arguments& arguments, std::vector<fs::path> read) {
     }
 }
 
-headless::SceneData ReadInput(const Arguments& arguments, const Report& report) {
+headless::SceneData ReadInput(const ExportArguments& arguments, const Report& report) {
   readers::ReadReport read;
   headless::SceneData scene = readers::ReadScene(arguments.input, read);
   CheckInputStays(arguments, std::move(read.files));
@@ -69,7 +69,7 @@ void CheckName(const fs::path& target) {
 }
 
 // Runs the saver that the output's extension asks for. Throws OutputError when it fails.
-void Save(const Arguments& arguments, headless::Host& host, const fs::path& file) {
+void Save(const ExportArguments& arguments, headless::Host& host, const fs::path& file) {
   const LoadedModule module(arguments.module.empty() ? DefaultModulePath() : arguments.module, host);
   const CountedRef<IZySaver> saver = module.NewSaver(file.extension() == ".glb" ? "gltf.bin" : "gltf.gltf");
   CountedRef<IZyMonitor> monitor;
@@ -82,7 +82,7 @@ void Save(const Arguments& arguments, headless::Host& host, const fs::path& file
         FindWriteFault(file).value_or(fmt::format("code 0x{:08X}", static_cast<std::uint32_t>(result)))));
 }
 
-void Export(const Arguments& arguments, const Report& report) {
+void Export(const ExportArguments& arguments, const Report& report) {
   CheckName(arguments.output);
   const Staging staging(arguments.output);
   headless::Host host(ReadInput(arguments, report));
@@ -103,7 +103,7 @@ void Export(const Arguments& arguments, const Report& report) {
 
 }  // namespace
 
-int RunExport(const Arguments& arguments, const Report& report) {
+int RunExport(const ExportArguments& arguments, const Report& report) {
   // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
   for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
   try {

@@ -1,14 +1,17 @@
-#include "tool/info.h"
-
 #include "readers/read_scene.h"
+#include "tool/command_line.h"
 #include "tool/exit_codes.h"
+#include "tool/report.h"
 
+#include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <map>
+#include <memory>
 #include <new>
 #include <string>
 #include <system_error>
@@ -55,12 +58,12 @@ void PrintScene(const SceneData& scene) {
   for (const auto& [name, value] : scene.userValues) fmt::print("{} = {}\n", name, value);
 }
 
-}  // namespace
-
-int RunInfo(const Arguments& arguments, const Report& report) {
+// Lists what a scene holds on the output stream.
+int RunInfo(const std::filesystem::path& input) {
+  const Report report;
   try {
     readers::ReadReport read;
-    const SceneData scene = readers::ReadScene(arguments.input, read);
+    const SceneData scene = readers::ReadScene(input, read);
     for (const std::string& warning : read.warnings) report.Warning(warning);
     PrintScene(scene);
     if (std::fflush(stdout) == 0) return kDone;
@@ -73,9 +76,18 @@ int RunInfo(const Arguments& arguments, const Report& report) {
     report.Error(std::string("standard output: ") + error.what());
     return kOutput;
   } catch (const std::bad_alloc&) {
-    report.Error(arguments.input.string() + ": out of memory");
+    report.Error(input.string() + ": out of memory");
     return kInput;
   }
+}
+
+}  // namespace
+
+RunCommand AddInfo(CLI::App& app) {
+  CLI::App& command = *app.add_subcommand("info", "List what a scene holds.");
+  const auto input = std::make_shared<std::filesystem::path>();
+  command.add_option("input", *input, "scene to read: .orvo or .obj")->required()->type_name("INPUT");
+  return [input] { return RunInfo(*input); };
 }
 
 }  // namespace tool

@@ -1,8 +1,5 @@
 // vornel: exports scenes of the Orvo 3D application to glTF 2.0, without the application.
-#include "tool/arguments.h"
-#include "tool/export_job.h"
-#include "tool/info.h"
-#include "tool/report.h"
+#include "tool/command_line.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -20,13 +17,5 @@ void OpenStandardStreams() {
 
 int main(int argc, char** argv) {
   OpenStandardStreams();
-  const tool::ParsedArguments parsed = tool::ParseArguments(argc, argv);
-  if (!parsed.arguments) return parsed.exitCode;
-  const tool::Report report(parsed.arguments->verbosity);
-  switch (parsed.arguments->command) {
-    case tool::Command::Export:
-      return tool::RunExport(*parsed.arguments, report);
-    case tool::Command::Info:
-      return tool::RunInfo(*parsed.arguments, report);
-  }
+  return tool::RunCommandLine(argc, argv);
 }

@@ -2,15 +2,16 @@
 #pragma once
 
 #include "headless/host.h"
-#include "tool/arguments.h"
 
 #include <string>
 
 namespace tool {
 
+enum class Verbosity { Quiet, Normal, Verbose };
+
 class Report {
  public:
-  explicit Report(Verbosity verbosity) : verbosity_(verbosity) {}
+  explicit Report(Verbosity verbosity = Verbosity::Normal) : verbosity_(verbosity) {}
 
   void Error(const std::string& text) const;
   void Warning(const std::string& text) const;  // not when quiet

@@ -1,11 +1,12 @@
-#include "tool/arguments.h"
+#include "tool/export_arguments.h"
 
-#include "tool/exit_codes.h"
+#include "tool/command_line.h"
+#include "tool/export_job.h"
 
 #include <CLI/CLI.hpp>
 
 #include <charconv>
-#include <map>
+#include <memory>
 
 namespace tool {
 namespace {
@@ -66,7 +67,7 @@ std::string Words(const OptionFlag& option) {
   return words;
 }
 
-void AddOptionFlags(CLI::App& app, Arguments& arguments) {
+void AddOptionFlags(CLI::App& app, ExportArguments& arguments) {
   for (const OptionFlag& option : OptionFlags()) {
     const auto store = [&arguments, &option](const std::string& word) {
       for (const auto& [known, value] : option.words)
@@ -102,19 +103,14 @@ void CheckUserValueName(const std::string& name) {
   throw CLI::ValidationError("--set", "no user value is called '" + name + "'");
 }
 
-void AddCommonOptions(CLI::App& app, Arguments& arguments) {
-  app.add_option("input", arguments.input, "scene to read: .orvo or .obj")->required()->type_name("INPUT");
-}
-
-void AddExport(CLI::App& app, Arguments& arguments) {
-  CLI::App* command = app.add_subcommand("export", "Export a scene to glTF 2.0.");
-  AddCommonOptions(*command, arguments);
-  command->add_option("-o,--output", arguments.output, "file to write, ending in .glb or .gltf")
+void AddOptions(CLI::App& command, ExportArguments& arguments) {
+  command.add_option("input", arguments.input, "scene to read: .orvo or .obj")->required()->type_name("INPUT");
+  command.add_option("-o,--output", arguments.output, "file to write, ending in .glb or .gltf")
       ->required()
       ->type_name("OUTPUT");
-  AddOptionFlags(*command, arguments);
+  AddOptionFlags(command, arguments);
   command
-      ->add_option_function<std::vector<std::string>>(
+      .add_option_function<std::vector<std::string>>(
           "--set",
           [&arguments](const std::vector<std::string>& texts) {
             for (const std::string& text : texts) {
@@ -126,35 +122,28 @@ void AddExport(CLI::App& app, Arguments& arguments) {
       ->type_name("NAME=VALUE")
       ->allow_extra_args(false);
   command
-      ->add_option("--image-root", arguments.imageRoots,
-                   "take images from below this folder only, and look for missing ones there; may be repeated")
+      .add_option("--image-root", arguments.imageRoots,
+                  "take images from below this folder only, and look for missing ones there; may be repeated")
       ->type_name("DIR")
       ->check(CLI::ExistingDirectory.description(""))
       ->allow_extra_args(false);
-  command->add_option("--log", arguments.logFile, "write the host's log to a file, a JSON object a line")
+  command.add_option("--log", arguments.logFile, "write the host's log to a file, a JSON object a line")
       ->type_name("FILE");
-  command->add_option("--module", arguments.module, "the plug-in to load")
+  command.add_option("--module", arguments.module, "the plug-in to load")
       ->type_name("FILE")
       ->envname("VORNEL_MODULE");
-  const auto verbose = command->add_flag_callback(
+  const auto verbose = command.add_flag_callback(
       "-v,--verbose", [&arguments] { arguments.verbosity = Verbosity::Verbose; }, "show the whole log");
   command
-      ->add_flag_callback(
+      .add_flag_callback(
           "-q,--quiet", [&arguments] { arguments.verbosity = Verbosity::Quiet; }, "show errors only")
       ->excludes(verbose);
-  command->add_flag("--progress", arguments.progress, "show a progress bar");
-  command->callback([&arguments] { arguments.command = Command::Export; });
+  command.add_flag("--progress", arguments.progress, "show a progress bar");
 }
 
-void AddInfo(CLI::App& app, Arguments& arguments) {
-  CLI::App* command = app.add_subcommand("info", "List what a scene holds.");
-  AddCommonOptions(*command, arguments);
-  command->callback([&arguments] { arguments.command = Command::Info; });
-}
-
-void CheckOutput(const Arguments& arguments) {
+void CheckOutput(const ExportArguments& arguments) {
   const std::string extension = arguments.output.extension().string();
-  if (arguments.command == Command::Export && extension != ".glb" && extension != ".gltf")
+  if (extension != ".glb" && extension != ".gltf")
     throw CLI::ValidationError("--output", "'" + arguments.output.string() + "' does not end in .glb or .gltf");
   namespace fs = std::filesystem;
   for (const fs::path& written : {arguments.output, fs::path(arguments.output).replace_extension(".bin")})
@@ -165,24 +154,12 @@ void CheckOutput(const Arguments& arguments) {
 
 }  // namespace
 
-ParsedArguments ParseArguments(int argc, const char* const* argv) {
-  Arguments arguments;
-  CLI::App app("Exports scenes of the Orvo 3D application to glTF 2.0.", "vornel");
-  app.set_version_flag("--version", "vornel " VORNEL_VERSION);
-  app.require_subcommand(1);
-  app.failure_message([](const CLI::App*, const CLI::Error& error) {
-    return std::string("vornel: error: ") + error.what() + " (see --help)\n";
-  });
-  app.footer("Exit codes: 0 done, 2 usage, 3 input can't be read, 4 output can't be written.");
-  AddExport(app, arguments);
-  AddInfo(app, arguments);
-  try {
-    app.parse(argc, argv);
-    CheckOutput(arguments);
-  } catch (const CLI::ParseError& error) {
-    return {std::nullopt, app.exit(error) == 0 ? kDone : kUsage};
-  }
-  return {arguments, kDone};
+RunCommand AddExport(CLI::App& app) {
+  CLI::App& command = *app.add_subcommand("export", "Export a scene to glTF 2.0.");
+  const auto arguments = std::make_shared<ExportArguments>();
+  AddOptions(command, *arguments);
+  command.callback([arguments] { CheckOutput(*arguments); });
+  return [arguments] { return RunExport(*arguments, Report(arguments->verbosity)); };
 }
 
 }  // namespace tool

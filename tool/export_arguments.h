@@ -1,20 +1,17 @@
-// The command line.
+// The arguments of the command `vornel export`.
 #pragma once
+
+#include "tool/report.h"
 
 #include <cstdint>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 namespace tool {
 
-enum class Command { Export, Info };
-enum class Verbosity { Quiet, Normal, Verbose };
-
-struct Arguments {
-  Command command = Command::Export;
+struct ExportArguments {
   std::filesystem::path input;
   std::filesystem::path output;
   std::vector<std::filesystem::path> imageRoots;                 // empty: images may lie anywhere
@@ -24,14 +21,5 @@ struct Arguments {
   Verbosity verbosity = Verbosity::Normal;
   bool progress = false;
 };
-
-// Either arguments, or the exit code of a call that ends here: help, version, or a usage error, whose text has
-// been printed.
-struct ParsedArguments {
-  std::optional<Arguments> arguments;
-  int exitCode = 0;
-};
-
-ParsedArguments ParseArguments(int argc, const char* const* argv);
 
 }  // namespace tool
