@@ -21,10 +21,14 @@ struct LogLine {
 
 using LogSink = std::function<void(const LogLine&)>;
 
+class ConfigStore;
+
 // Owns a scene; everything handed out lives as long as the host.
 class Host final : public IZyHost {
  public:
   explicit Host(SceneData scene);
+  // With stored settings, where the other host has none and keeps what modules store to itself.
+  Host(SceneData scene, std::shared_ptr<ConfigStore> settings);
   ~Host();
 
   IZyObject* Service(std::uint32_t id) override;
