@@ -48,9 +48,11 @@ void AddReadOptions(CLI::App& command, readers::ReadOptions& options) {
           "length of the file's unit: m, cm, mm, dm, km, in, ft, yd, mi or a number of metres [as the file says]")
       ->type_name("UNIT")
       ->group(kGroup);
-  command.add_option("--up-axis", options.upAxis, "axis of the file that points up [as the file says]")
+  command
+      .add_option_function<std::string>(
+          "--up-axis", [&options](const std::string& axis) { options.upAxis = kAxes.at(axis); },
+          "axis of the file that points up [as the file says]")
       ->type_name("x|y|z")
-      ->transform(CLI::Transformer(kAxes).description(""))
       ->check(CLI::IsMember(kAxes).description(""))
       ->group(kGroup);
   command
