@@ -117,6 +117,7 @@ void SceneWriter::Write() {
 
 void SceneWriter::WriteApplication() {
   const headless::ApplicationData& application = scene_.application;
+  if (application == headless::ApplicationData()) return;
   text_.Key("application");
   text_.BeginObject(Layout::Filled);
   const auto writeText = [this](const char* key, const std::string& value) {
