@@ -67,6 +67,7 @@ bool WriteReport(const importer::ImportedScene& imported, const fs::path& file) 
   writer.StartObject();
   WriteTexts(writer, "warnings", imported.warnings);
   WriteTexts(writer, "textures", imported.embeddedTextures);
+  WriteTexts(writer, "files", {imported.files.begin(), imported.files.end()});
   writer.EndObject();
   std::ofstream stream(file, std::ios::binary);
   stream.write(text.GetString(), static_cast<std::streamsize>(text.GetSize()));
