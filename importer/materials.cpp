@@ -93,23 +93,24 @@ WrapMode WrapOf(const aiMaterial& material, const char* key, aiTextureType type)
   return mode == aiTextureMapMode_Clamp || mode == aiTextureMapMode_Decal ? WrapMode::Clamp : WrapMode::Repeat;
 }
 
-// Assimp looks an image up at u' = u * su + ou, v' = v * sv + ov, with v upwards, and turns about the middle of
-// the image. glTF's reader came from an offset and turn about the corner with v downwards, which this undoes:
-//   x = ou - su/2 * (1 - cos - sin)   y = 1 - sv - ov + sv/2 * (cos - sin - 1)
-// From there the host's offset is that to which the export adds its own step from the middle to the corner.
+// Assimp looks an image up at u' = u * su + ou, v' = v * sv + ov, with v upwards, and turns it counter-clockwise
+// about its middle. An offset and a turn by r about the upper left corner with v downwards, as glTF has them, come
+// to
+//   ou = x + su/2 * (1 - cos r + sin r)   ov = 1 - sv - y + sv/2 * (cos r + sin r - 1)
+// so that x and y are known, and from them the offset to which the export adds its own way from the middle of the
+// image to that corner.
 void SetTransform(const aiUVTransform& transform, readers::ImagePlacement& placement) {
   const double su = static_cast<double>(transform.mScaling.x), sv = static_cast<double>(transform.mScaling.y);
   const double ou = static_cast<double>(transform.mTranslation.x);
   const double ov = static_cast<double>(transform.mTranslation.y);
-  const double turn = static_cast<double>(transform.mRotation);
-  if (!std::isfinite(su + sv + ou + ov + turn)) return;
-  const double c = std::cos(turn), s = std::sin(turn);
-  const double x = ou - 0.5 * su * (1 - c - s);
-  const double y = 1 - sv - ov + 0.5 * sv * (c - s - 1);
-  placement.rotation = turn;
+  const double r = -static_cast<double>(transform.mRotation);
+  if (!std::isfinite(su + sv + ou + ov + r)) return;
+  const double c = std::cos(r), s = std::sin(r);
+  const double x = ou - su / 2 * (1 - c + s);
+  const double y = 1 - sv - ov + sv / 2 * (c + s - 1);
+  placement.rotation = r;
   placement.scale = {su, sv};
-  placement.offset = {x + (su - 1) / 2 - (0.5 - 0.5 * c - 0.5 * s) * su,
-                      y + (sv - 1) / 2 - (0.5 + 0.5 * s - 0.5 * c) * sv};
+  placement.offset = {x + (su - 1) / 2 - su / 2 * (1 - c - s), y + (sv - 1) / 2 - sv / 2 * (1 - c + s)};
 }
 
 class MaterialReader {

@@ -35,6 +35,10 @@ Quaternion Mix(const Quaternion& from, const Quaternion& to, double part) { retu
 Quaternion FromKey(const aiQuaternion& value) { return importer::FromAssimp(value); }
 Vector3 FromKey(const aiVector3D& value) { return FromAssimp(value); }
 
+Quaternion TurnOf(const Placement& placement) {
+  return QuaternionOf(MatrixOf({{1, 1, 1}, placement.angles, {0, 0, 0}}));
+}
+
 template <class Value>
 struct Track {
   std::vector<double> times;  // ascending strictly
@@ -78,9 +82,8 @@ struct Tracks {
 
 Tracks MakeTracks(const aiNodeAnim& channel, double secondsPerTick, const Matrix4& rest) {
   const Placement placement = DecomposeNearly(rest);
-  const Quaternion turn = QuaternionOf(MatrixOf({{1, 1, 1}, placement.angles, {0, 0, 0}}));
   return {MakeTrack(channel.mPositionKeys, channel.mNumPositionKeys, secondsPerTick, placement.position),
-          MakeTrack(channel.mRotationKeys, channel.mNumRotationKeys, secondsPerTick, turn),
+          MakeTrack(channel.mRotationKeys, channel.mNumRotationKeys, secondsPerTick, TurnOf(placement)),
           MakeTrack(channel.mScalingKeys, channel.mNumScalingKeys, secondsPerTick, placement.scale)};
 }
 
@@ -264,7 +267,7 @@ NodeMotion MotionPlanner::ReadChain(NodeIndex index, const Channels& channels, d
     std::vector<Matrix4> matrices;
     for (const Part& part : parts) matrices.push_back(part.tracks ? part.tracks->MatrixAt(time) : part.rest);
     const Placement placement = DecomposeNearly(ChainMatrix(matrices));
-    angles = AnglesOf(QuaternionOf(MatrixOf({{1, 1, 1}, placement.angles, {0, 0, 0}})), angles);
+    angles = AnglesOf(TurnOf(placement), angles);
     motion.position->values.push_back(placement.position);
     motion.angles->values.push_back(angles);
     motion.scale->values.push_back(placement.scale);
@@ -308,7 +311,9 @@ void MotionPlanner::AddClip(const aiAnimation& animation, unsigned index) {
   }
   const double seconds = SecondsPerTick(animation);
   for (auto& [node, channels] : byNode) {
-    result_.rest[static_cast<std::size_t>(node)] = DecomposeNearly(Node(node).local);
+    Placement& rest = result_.rest[static_cast<std::size_t>(node)];
+    rest = DecomposeNearly(Node(node).local);
+    rest.angles = AnglesOf(TurnOf(rest), {0, 0, 0});
     // Beside parts of the chain the node's own name means its last part, else the whole chain.
     if (!channels.parts.empty()) {
       if (channels.whole) channels.parts.emplace(channels.whole->mNodeName.C_Str(), channels.whole);

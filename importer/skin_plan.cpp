@@ -36,6 +36,7 @@ class SkinPlanner {
     for (const aiMesh* mesh : skin.meshes) skin.influences.push_back(ReadInfluences(*mesh));
     BindLoosePoints(skin);
     skin.carry = ChooseCarry(node);
+    PutRootFirst(skin);
     for (const Bone& bone : bones_) skin.joints.push_back(AddJoint(bone.node, BindOf(bone, skin.carry)));
     result_.skins.push_back(std::move(skin));
   }
@@ -47,6 +48,8 @@ class SkinPlanner {
   void BindLoosePoints(PlannedSkin& skin);
   std::uint32_t AddBone(const Bone& bone);
   Matrix4 ChooseCarry(NodeIndex node) const;
+  NodeIndex CommonRoot() const;
+  void PutRootFirst(PlannedSkin& skin);
   std::size_t CountConflicts(const Matrix4& carry) const;
   std::size_t AddJoint(NodeIndex node, const Matrix4& bind);
 
@@ -91,11 +94,11 @@ std::vector<std::vector<Influence>> SkinPlanner::ReadInfluences(const aiMesh& me
     }
   }
   for (std::vector<Influence>& point : influences) {
-    float sum = 0;
-    for (const Influence& influence : point) sum += influence.weight;
-    // Weights count by their share; those that make up 1 but for the rounding stay as the file has them.
-    if (std::abs(sum - 1) > 1e-5f)
-      for (Influence& influence : point) influence.weight /= sum;
+    double sum = 0;
+    for (const Influence& influence : point) sum += static_cast<double>(influence.weight);
+    // Weights count by their share.
+    for (Influence& influence : point)
+      influence.weight = static_cast<float>(static_cast<double>(influence.weight) / sum);
   }
   return influences;
 }
@@ -126,6 +129,36 @@ Matrix4 SkinPlanner::ChooseCarry(NodeIndex node) const {
     return CountConflicts(carry) < conflicts ? carry : rest;
   }
   return Determinant(rest) == 0 ? Matrix4() : rest;
+}
+
+// The lowest node with all bones below it or among them.
+NodeIndex SkinPlanner::CommonRoot() const {
+  NodeIndex root = bones_[0].node;
+  for (const Bone& bone : bones_) {
+    // Parents stand before their children.
+    for (NodeIndex node = bone.node; node != root;) {
+      NodeIndex& later = node > root ? node : root;
+      later = plan_.nodes[static_cast<std::size_t>(later)].parent;
+    }
+  }
+  return root;
+}
+
+// The exporter takes the first joint for the root of the skeleton.
+void SkinPlanner::PutRootFirst(PlannedSkin& skin) {
+  const NodeIndex root = CommonRoot();
+  auto place = std::find_if(bones_.begin(), bones_.end(), [root](const Bone& bone) { return bone.node == root; });
+  if (place == bones_.end()) {
+    const Matrix4& world = plan_.nodes[static_cast<std::size_t>(root)].world;
+    bones_.push_back({root, skin.carry * Inverse(world)});
+    place = bones_.end() - 1;
+  }
+  const auto first = static_cast<std::uint32_t>(place - bones_.begin());
+  std::rotate(bones_.begin(), place, place + 1);
+  for (auto& mesh : skin.influences)
+    for (std::vector<Influence>& point : mesh)
+      for (Influence& influence : point)
+        influence.deformer = influence.deformer == first ? 0 : influence.deformer + (influence.deformer < first);
 }
 
 std::size_t SkinPlanner::AddJoint(NodeIndex node, const Matrix4& bind) {

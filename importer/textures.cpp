@@ -1,11 +1,15 @@
 #include "importer/textures.h"
 
+#include "importer/axes.h"
 #include "importer/import_model.h"
 #include "importer/source_check.h"
+#include "readers/text_utf8.h"
 
+#include <assimp/commonMetaData.h>
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -96,10 +100,28 @@ std::string WithSlashes(std::string path) {
   return path;
 }
 
+// A URI with its %-escapes undone.
+std::string Unescaped(const std::string& uri) {
+  std::string text;
+  for (std::size_t i = 0; i < uri.size(); ++i) {
+    unsigned value = 0;
+    const char* end = uri.data() + std::min(i + 3, uri.size());
+    if (uri[i] == '%' && std::from_chars(uri.data() + i + 1, end, value, 16).ptr == uri.data() + i + 3) {
+      text += static_cast<char>(value);
+      i += 2;
+    } else {
+      text += uri[i];
+    }
+  }
+  return readers::ToUtf8(text);
+}
+
 }  // namespace
 
 EmbeddedTextures::EmbeddedTextures(const aiScene& source, std::filesystem::path directory)
-    : source_(source), directory_(std::move(directory)) {}
+    : source_(source),
+      directory_(std::move(directory)),
+      namesAreUris_(MetadataText(source, AI_METADATA_SOURCE_FORMAT).starts_with("glTF")) {}
 
 std::optional<unsigned> EmbeddedTextures::Find(const std::string& name) const {
   if (name.starts_with('*')) {
@@ -121,7 +143,7 @@ std::optional<std::string> EmbeddedTextures::PathOf(const std::string& name) {
   const std::optional<unsigned> index = Find(name);
   if (!index) {
     if (name.empty() || name.starts_with('*')) return std::nullopt;
-    return WithSlashes(name);
+    return namesAreUris_ ? Unescaped(name) : WithSlashes(name);
   }
   const auto [entry, isNew] = written_.try_emplace(*index);
   if (isNew) entry->second = Write(*index);

@@ -29,6 +29,7 @@ class EmbeddedTextures {
 
   const aiScene& source_;
   std::filesystem::path directory_;
+  bool namesAreUris_;
   std::map<unsigned, std::optional<std::string>> written_;
   std::set<std::string> taken_;  // in lower case
   std::vector<std::string> files_;

@@ -181,9 +181,10 @@ Vector3 AnglesOf(const Matrix4& rotation, const Vector3& near) {
 
 Vector3 AnglesOf(const Quaternion& rotation, const Vector3& near) {
   auto [x, y, z, w] = rotation;
-  // Who reads a rotation back from its matrix loses the axis of a half turn in the rounding; a turn that falls
-  // short by a millionth keeps it.
-  if (std::abs(w) < 5e-7) w = w < 0 ? -5e-7 : 5e-7;
+  // The exporter reads rotations back from matrices, and loses the axis of a half turn in their rounding. One that
+  // falls short by 0.002 degrees keeps it.
+  constexpr double kLeastW = 2e-5;
+  if (std::abs(w) < kLeastW) w = w < 0 ? -kLeastW : kLeastW;
   Matrix4 matrix;
   SetRow(matrix, 0, {1 - 2 * (y * y + z * z), 2 * (x * y + z * w), 2 * (x * z - y * w)});
   SetRow(matrix, 1, {2 * (x * y - z * w), 1 - 2 * (x * x + z * z), 2 * (y * z + x * w)});
