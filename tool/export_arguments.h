@@ -1,6 +1,7 @@
 // The arguments of the command `vornel export`.
 #pragma once
 
+#include "readers/read_scene.h"
 #include "tool/report.h"
 
 #include <cstdint>
@@ -14,6 +15,7 @@ namespace tool {
 struct ExportArguments {
   std::filesystem::path input;
   std::filesystem::path output;
+  readers::ReadOptions reading;
   std::vector<std::filesystem::path> imageRoots;                 // empty: images may lie anywhere
   std::vector<std::pair<std::string, std::int32_t>> userValues;  // by full name, in the order given
   std::filesystem::path logFile;                                 // empty for none

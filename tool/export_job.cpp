@@ -29,9 +29,10 @@ namespace fs = std::filesystem;
 constexpr char kExportType[] = "sceneio.gltf.save.exportType";
 constexpr std::int32_t kExportAll = 0;
 
-void SettleImages(const ExportArguments& arguments, headless::SceneData& scene, const Report& report) {
+void SettleImages(const ExportArguments& arguments, const std::vector<fs::path>& own, headless::SceneData& scene,
+                  const Report& report) {
   ImageReport images;
-  SettleImagePaths(scene, arguments.imageRoots, images);
+  SettleImagePaths(scene, {arguments.imageRoots, own}, images);
   if (arguments.output.extension() == ".gltf") CheckImageCopies(scene, arguments.output, arguments.input, images);
   for (const std::string& note : images.notes) report.Note(note);
   for (const std::string& warning : images.warnings) report.Warning(warning);
@@ -44,15 +45,14 @@ std::vector<fs::path> WrittenFiles(const ExportArguments& arguments) {
   return written;
 }
 
-headless::SceneData ReadInput(const ExportArguments& arguments, const Report& report) {
-  readers::ReadReport read;
-  headless::SceneData scene = readers::ReadScene(arguments.input, read);
+headless::SceneData ReadInput(const ExportArguments& arguments, const Report& report, readers::ReadReport& read) {
+  headless::SceneData scene = readers::ReadScene(arguments.input, arguments.reading, read);
   CheckInputStays(arguments.input, read.files, WrittenFiles(arguments));
   for (const std::string& warning : read.warnings) report.Warning(warning);
   // The savers export the selection unless told otherwise; who names a file wants all of it.
   scene.userValues.try_emplace(kExportType, kExportAll);
   for (const auto& [name, value] : arguments.userValues) scene.userValues[name] = value;
-  SettleImages(arguments, scene, report);
+  SettleImages(arguments, read.temporaryImages, scene, report);
   return scene;
 }
 
@@ -79,7 +79,8 @@ void Save(const ExportArguments& arguments, headless::Host& host, const fs::path
 void Export(const ExportArguments& arguments, const Report& report) {
   CheckName(arguments.output);
   const Staging staging(arguments.output);
-  headless::Host host(ReadInput(arguments, report));
+  readers::ReadReport read;  // keeps images that the file held until the export is over
+  headless::Host host(ReadInput(arguments, report, read));
   std::optional<LogFile> log;
   if (!arguments.logFile.empty()) log.emplace(arguments.logFile);
   host.SetLogSink([&](const headless::LogLine& line) {

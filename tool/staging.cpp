@@ -4,15 +4,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <fstream>
-#include <functional>
-#include <mutex>
-#include <pthread.h>
 #include <stdlib.h>
-#include <thread>
-#include <unistd.h>
 
 namespace tool {
 namespace {
@@ -21,26 +15,6 @@ namespace fs = std::filesystem;
 
 fs::path DirectoryOf(const fs::path& target) {
   return target.has_parent_path() ? target.parent_path() : fs::path(".");
-}
-
-// Held while files are moved into place: a signal waits until all of them are.
-std::mutex g_moving;
-
-// Waits for a signal to end the command and removes the directory before it does. Removing a tree isn't allowed
-// in a signal handler, so a thread of its own takes the signals.
-void RemoveOnSignal(const fs::path& directory) {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  std::thread([signals, directory] {
-    int number = 0;
-    sigwait(&signals, &number);
-    const std::lock_guard<std::mutex> lock(g_moving);
-    std::error_code ignored;
-    fs::remove_all(directory, ignored);
-    _exit(128 + number);
-  }).detach();
 }
 
 struct Move {
@@ -84,7 +58,10 @@ Staging::Staging(const fs::path& target) : target_(target) {
   if (!mkdtemp(name.data()))
     throw OutputError(target_.string() + ": can't write into " + parent.string() + ": " + std::strerror(errno));
   directory_ = fs::absolute(name);
-  RemoveOnSignal(directory_);
+  removal_ = std::make_unique<readers::InterruptAction>([directory = directory_] {
+    std::error_code ignored;
+    fs::remove_all(directory, ignored);
+  });
   for (const char* folder : {"new", "old"}) {
     if (fs::create_directory(directory_ / folder, error)) continue;
     fs::remove_all(directory_);
@@ -98,7 +75,7 @@ Staging::~Staging() {
 }
 
 std::vector<fs::path> Staging::MoveIntoPlace() const {
-  const std::lock_guard<std::mutex> lock(g_moving);
+  const readers::InterruptPause pause;
   std::vector<Move> moves;
   for (const fs::directory_entry& entry : fs::directory_iterator(Directory()))
     if (entry.path().filename() != target_.filename())

@@ -2,7 +2,10 @@
 // under the target's name.
 #pragma once
 
+#include "readers/interrupt.h"
+
 #include <filesystem>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -32,6 +35,7 @@ class Staging {
  private:
   std::filesystem::path target_;
   std::filesystem::path directory_;  // holds new/ and old/, whose files can't be in each other's way
+  std::unique_ptr<readers::InterruptAction> removal_;
 };
 
 }  // namespace tool
