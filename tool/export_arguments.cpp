@@ -113,10 +113,10 @@ void AddReportOptions(CLI::App& command, ExportArguments& arguments) {
                                                               {"bar", ProgressWish::Bar},
                                                               {"plain", ProgressWish::Plain}};
   command
-      .add_option("--progress", arguments.progress,
-                  "show a bar on a terminal (auto, bar), plain lines anywhere, or nothing [auto]")
+      .add_option_function<std::string>(
+          "--progress", [&arguments](const std::string& word) { arguments.progress = kWishes.at(word); },
+          "show a bar on a terminal (auto, bar), plain lines anywhere, or nothing [auto]")
       ->type_name("auto|none|bar|plain")
-      ->transform(CLI::Transformer(kWishes).description(""))
       ->check(CLI::IsMember(kWishes).description(""));
   command.add_option("--report", arguments.reportFile, "write a report of the export as JSON")->type_name("FILE");
   command.add_flag_callback(

@@ -13,9 +13,9 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Nanoseconds, as measured on the scenes of docs/performance.md; only their ratios count.
-constexpr double kScanTriangle = 220, kWriteTriangle = 75, kCheckTriangle = 12, kMoveTriangle = 12;
-constexpr double kSampleItem = 600, kWriteItem = 150, kCheckItem = 15, kMoveItem = 15;
+// Nanoseconds on one machine, by the scenes that bench/measure.py makes; only their ratios count.
+constexpr double kScanTriangle = 840, kWriteTriangle = 140, kCheckTriangle = 13, kMoveTriangle = 55;
+constexpr double kSampleItem = 1750, kWriteItem = 240, kCheckItem = 55, kMoveItem = 125;
 constexpr double kAnyScene = 1e6;  // so that no stage is without work
 
 constexpr std::int32_t kWholeScene = 0;
@@ -58,8 +58,7 @@ std::uint64_t CountReads(const headless::SceneData& scene) {
   return reads > 0 && reads < 1e12 ? static_cast<std::uint64_t>(reads) : 0;
 }
 
-// Of the file that a .glb's header announces; of the .bin as the .gltf, which is written before, says. 0 when not
-// yet known.
+// Of the whole file, as a .glb's header says; 0 when that isn't written yet.
 std::uint64_t AnnouncedBytes(const fs::path& file) {
   std::ifstream stream(file, std::ios::binary);
   std::array<char, 12> header{};
@@ -105,8 +104,11 @@ void FollowLog(const headless::LogLine& line, Stages& stages) {
                                     {"Sampling...", Stage::Sampling},
                                     {"Deinit FbxCurves after sampling...", Stage::Writing}};
   if (line.kind != headless::LogLine::Kind::Info) return;
-  for (const Mark& mark : kMarks)
-    if (line.text == mark.text) stages.Begin(mark.stage);
+  for (const Mark& mark : kMarks) {
+    if (line.text != mark.text) continue;
+    stages.SetDone(Stage::Scanning, 1);
+    stages.Begin(mark.stage);
+  }
 }
 
 void LookAtExport(const ExportWork& work, const headless::Demand& asked, const fs::path& file, Stages& stages) {
@@ -114,7 +116,7 @@ void LookAtExport(const ExportWork& work, const headless::Demand& asked, const f
   stages.SetDone(Stage::Sampling, ShareOf(asked.reads.Get(), work.reads));
   std::error_code error;
   const std::uintmax_t written = fs::file_size(file, error);
-  if (error || KindOf(file) != OutputKind::Glb) return;
+  if (error || KindOf(file) != OutputKind::Glb) return;  // a .gltf doesn't say how long its .bin will be
   stages.SetDone(Stage::Writing, ShareOf(written, AnnouncedBytes(file)));
 }
 

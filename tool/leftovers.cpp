@@ -110,8 +110,7 @@ void ClearLeftover(const fs::path& directory, std::vector<fs::path>& restored) {
   if (rmdir(directory.c_str()) == 0) return;
   bool locked = false;
   const int lock = OpenLock(directory, 0, locked);
-  std::error_code ignored;
-  if (locked && UndoMoves(directory, restored)) fs::remove_all(directory, ignored);
+  if (locked && UndoMoves(directory, restored)) RemoveStaging(directory);
   if (lock >= 0) close(lock);
 }
 
@@ -150,6 +149,15 @@ int LockStaging(const fs::path& directory) {
   if (lock < 0 || locked || (errno != EWOULDBLOCK && errno != ENOENT)) return lock;
   close(lock);
   return -1;
+}
+
+void RemoveStaging(const fs::path& directory) {
+  std::error_code error, ignored;
+  std::vector<fs::path> entries;
+  for (fs::directory_iterator entry(directory, error), end; !error && entry != end; entry.increment(error))
+    if (entry->path().filename() != "lock") entries.push_back(entry->path());
+  for (const fs::path& entry : entries) fs::remove_all(entry, error);
+  if (fs::remove(directory / "lock", ignored) || entries.empty()) fs::remove(directory, ignored);
 }
 
 std::vector<fs::path> ClearLeftovers(const fs::path& parent) {

@@ -34,6 +34,10 @@ void WriteJournal(const std::filesystem::path& directory, std::vector<JournalMov
 // leftover meanwhile. The lock ends with the process, however that ends.
 int LockStaging(const std::filesystem::path& directory);
 
+// Removes a staging directory, its lock last: without it the directory could not be told from that of a living run.
+// What can't be removed stays.
+void RemoveStaging(const std::filesystem::path& directory);
+
 // Removes the staging directories in `parent` whose runs are gone. A run that was killed while it moved several
 // files is undone. Returns the files that were put back so; what can't be removed stays.
 std::vector<std::filesystem::path> ClearLeftovers(const std::filesystem::path& parent);

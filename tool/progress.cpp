@@ -99,13 +99,13 @@ void Progress::SetProbe(std::function<void()> probe) {
 void Progress::Run() {
   std::unique_lock<std::mutex> lock(mutex_);
   while (!ending_) {
-    if (probe_) probe_();
     Draw();
     ended_.wait_for(lock, kRedraw);
   }
 }
 
 void Progress::Draw() {
+  if (probe_) probe_();
   const std::optional<Stage> stage = stages_.Current();
   if (!stage) return;
   if (style_ == ProgressStyle::Bar) return ShowStatus(BarLine(stages_, ColumnCount()));

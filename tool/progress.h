@@ -35,7 +35,7 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  // Runs in that thread before each drawing, to look how far the stages are; empty for none. Once this returns,
+  // Runs before each drawing, to look how far the stages are; empty for none. Once this returns,
   // what was given before isn't running and won't again.
   void SetProbe(std::function<void()> probe);
 

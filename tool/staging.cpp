@@ -28,8 +28,7 @@ fs::path DirectoryOf(const fs::path& target) {
 // The saver may still be writing into it when a signal ends the command.
 void RemoveWhileWritten(const fs::path& directory) {
   std::error_code ignored;
-  for (int tries = 0; tries < kTries && fs::exists(directory, ignored); ++tries)
-    fs::remove_all(directory, ignored);
+  for (int tries = 0; tries < kTries && fs::exists(directory, ignored); ++tries) RemoveStaging(directory);
 }
 
 struct Move {
@@ -127,7 +126,7 @@ Staging::Staging(const fs::path& target, std::string stagedName)
   for (const char* folder : {"new", "old"}) {
     if (fs::create_directory(directory_ / folder, error)) continue;
     const std::string reason = error.message();
-    fs::remove_all(directory_, error);
+    RemoveStaging(directory_);
     close(lock_);
     fail(reason);
   }
@@ -135,8 +134,7 @@ Staging::Staging(const fs::path& target, std::string stagedName)
 }
 
 Staging::~Staging() {
-  std::error_code ignored;
-  fs::remove_all(directory_, ignored);
+  RemoveStaging(directory_);
   close(lock_);
 }
 
