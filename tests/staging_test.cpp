@@ -47,7 +47,7 @@ TEST_F(StagingTest, UndoesMovesThatWereCutShort) {
     LeaveMoves(moves);
     const bool whole = moves == 3;
     const tool::Staging staging(Out() / "other.glb");
-    EXPECT_EQ(staging.Restored().size(), whole ? 0 : moves);
+    EXPECT_EQ(staging.Notes().size(), whole ? 0 : moves);
     EXPECT_EQ(Read("a.gltf"), whole ? "new a.gltf" : "old");
     EXPECT_EQ(Read("a.bin"), whole ? "new a.bin" : "old");
     EXPECT_EQ(fs::exists(Out() / "b.png"), whole);

@@ -77,8 +77,7 @@ std::string StagedName(const fs::path& output) {
 void ExportRun::Run() {
   CheckName(arguments_.output);
   const Staging staging(arguments_.output, StagedName(arguments_.output));
-  for (const fs::path& file : staging.Restored())
-    report_.Note(fmt::format("{}: put back as it was before an export that was killed", file.string()));
+  for (const std::string& note : staging.Notes()) report_.Note(note);
   stages_.Begin(Stage::Reading);
   headless::Host host(ReadInput());
   SaveLogged(host, staging.File());

@@ -130,7 +130,8 @@ Staging::Staging(const fs::path& target, std::string stagedName)
     close(lock_);
     fail(reason);
   }
-  restored_ = ClearLeftovers(parent);
+  for (const fs::path& file : ClearLeftovers(parent))
+    notes_.push_back(file.string() + ": put back as it was before a run that was killed");
 }
 
 Staging::~Staging() {

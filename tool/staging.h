@@ -28,8 +28,8 @@ class Staging {
   // Where to write.
   std::filesystem::path Directory() const { return directory_ / "new"; }
   std::filesystem::path File() const { return Directory() / stagedName_; }
-  // The files of a killed run that were put back as they had been before it.
-  const std::vector<std::filesystem::path>& Restored() const { return restored_; }
+  // A line for each file of a killed run that was put back as it had been before it.
+  const std::vector<std::string>& Notes() const { return notes_; }
 
   // Flushes every file of that directory and moves it beside the target, the target itself last, replacing what
   // stands there. A file beside the target that holds the very same bytes is left alone: it may be the source of
@@ -42,7 +42,7 @@ class Staging {
   std::string stagedName_;
   std::filesystem::path directory_;
   int lock_ = -1;
-  std::vector<std::filesystem::path> restored_;
+  std::vector<std::string> notes_;
   std::unique_ptr<readers::InterruptAction> removal_;
 };
 
