@@ -66,6 +66,8 @@ const SceneData& Host::Data() const { return impl_->state.scene; }
 
 void Host::SetUserValue(const std::string& name, std::int32_t value) { impl_->values.Set(name, value); }
 
+const Demand& Host::Asked() const { return impl_->state.demand; }
+
 std::size_t Host::LiveObjects() const { return impl_->state.live; }
 
 }  // namespace headless

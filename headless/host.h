@@ -1,6 +1,7 @@
 // The headless Orvo: serves a SceneData through the host's surface.
 #pragma once
 
+#include "headless/demand.h"
 #include "headless/scene_data.h"
 #include "host/module_api.h"
 #include "host/service_api.h"
@@ -41,6 +42,8 @@ class Host final : public IZyHost {
   void FlushLog();
   const SceneData& Data() const;
   void SetUserValue(const std::string& name, std::int32_t value);
+  // May be read from any thread.
+  const Demand& Asked() const;
   // Temporary objects (channel reads, accessors, messages, ...) handed out and not yet released.
   std::size_t LiveObjects() const;
 
