@@ -16,6 +16,7 @@ using RunCommand = std::function<int()>;
 // arguments are parsed, CLI::ValidationError, is a usage error.
 RunCommand AddExport(CLI::App& app);
 RunCommand AddInfo(CLI::App& app);
+RunCommand AddPreview(CLI::App& app);
 
 // Parses the arguments and runs the subcommand they name. Prints help, the version and usage errors itself.
 // Returns the exit code.
