@@ -22,14 +22,16 @@ const notices = [here('notices.txt'),
 // The parts become one module: an inline script can't import another.
 const parts = ['elements.mjs', 'glb.mjs', 'tree.mjs', 'materials.mjs', 'clips.mjs', 'page.mjs'];
 const script = parts.map((name) => here(name).replace(/^import .*\n/gm, '').replace(/^export /gm, '')).join('\n');
-// One of the viewer's decoders starts by itself where it finds WebAssembly, which the policy refuses; none is needed.
-const viewer = `globalThis.WebAssembly = undefined;\n${installed(viewerFile).replace(/^\/\/# sourceMappingURL=.*$/m, '')}`;
+// One of the viewer's decoders starts by itself where it finds WebAssembly, which the policy refuses. None is
+// needed.
+const bundle = installed(viewerFile).replace(/^\/\/# sourceMappingURL=.*$/m, '');
+const viewer = `globalThis.WebAssembly = undefined;\n${bundle}`;
 for (const text of [viewer, script])
   if (/<\/?script/i.test(text)) throw new Error('a script in the page would end where it says "script" in a tag');
 
 const hashes = [viewer, script].map((text) => `'sha256-${createHash('sha256').update(text).digest('base64')}'`);
-const policy = ["default-src 'none'", `script-src ${hashes.join(' ')}`, "style-src 'unsafe-inline'", 'img-src blob: data:',
-  'connect-src blob:', "base-uri 'none'", "form-action 'none'"].join('; ');
+const policy = ["default-src 'none'", `script-src ${hashes.join(' ')}`, "style-src 'unsafe-inline'",
+  'img-src blob: data:', 'connect-src blob:', "base-uri 'none'", "form-action 'none'"].join('; ');
 const escape = (text) => text.replaceAll('&', '&amp;').replaceAll('<', '&lt;');
 
 const values = { policy, viewer, script, style: here('page.css'), notices: escape(notices) };

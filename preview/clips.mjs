@@ -17,7 +17,8 @@ function startClock(viewer) {
   }
   time.addEventListener('input', () => {
     viewer.pause();
-    viewer.currentTime = Math.min(Number(time.value), viewer.duration * 0.9999);  // the very end is the start again
+    // The very end would be the start again.
+    viewer.currentTime = Math.min(Number(time.value), viewer.duration * 0.9999);
   });
   show();
 }

@@ -61,10 +61,12 @@ export function bytesByUse({ json, jsonSize }) {
   const markAccessor = (index, name) => mark(json.accessors?.[index]?.bufferView, name);
   for (const image of json.images ?? []) mark(image.bufferView, 'images');
   for (const { samplers = [] } of json.animations ?? [])
-    for (const { input, output } of samplers) for (const accessor of [input, output]) markAccessor(accessor, 'animation');
+    for (const { input, output } of samplers)
+      for (const accessor of [input, output]) markAccessor(accessor, 'animation');
   for (const { primitives = [] } of json.meshes ?? [])
     for (const { indices, attributes = {}, targets = [] } of primitives)
-      for (const accessor of [indices, ...[attributes, ...targets].flatMap(Object.values)]) markAccessor(accessor, 'geometry');
+      for (const accessor of [indices, ...[attributes, ...targets].flatMap(Object.values)])
+        markAccessor(accessor, 'geometry');
   for (const skin of json.skins ?? []) markAccessor(skin.inverseBindMatrices, 'geometry');
   use.forEach((name, index) => { sizes[name] += json.bufferViews[index].byteLength; });
   return sizes;

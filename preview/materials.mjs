@@ -16,7 +16,8 @@ const words = (key) => key.replace(/Texture$/, '').replace(/[A-Z]/g, (letter) =>
 function texturesOf(value, found = []) {
   for (const [key, entry] of Object.entries(value)) {
     if (entry === null || typeof entry !== 'object') continue;
-    if (key.endsWith('Texture') && Number.isInteger(entry.index)) found.push({ slot: words(key), texture: entry.index });
+    if (key.endsWith('Texture') && Number.isInteger(entry.index))
+      found.push({ slot: words(key), texture: entry.index });
     else if (key !== 'extras') texturesOf(entry, found);
   }
   return found;
@@ -26,7 +27,8 @@ function factorsOf(material) {
   const { metallicFactor = 1, roughnessFactor = 1 } = material.pbrMetallicRoughness ?? {};
   const rounded = (factor) => Number(Number(factor).toFixed(3));
   const factors = [`metallic ${rounded(metallicFactor)}`, `roughness ${rounded(roughnessFactor)}`];
-  if (material.alphaMode && material.alphaMode !== 'OPAQUE') factors.push(String(material.alphaMode).toLowerCase());
+  const { alphaMode = 'OPAQUE' } = material;
+  if (alphaMode !== 'OPAQUE') factors.push(String(alphaMode).toLowerCase());
   if (material.doubleSided) factors.push('double-sided');
   return [...factors, ...Object.keys(material.extensions ?? {})];
 }
@@ -54,13 +56,14 @@ export function materialMaker(model) {
     const { source, extensions } = json.textures?.[texture] ?? {};
     const index = extensions?.EXT_texture_webp?.source ?? source;
     const image = json.images?.[index];
-    if (!image) return element('li', {}, element('span', {}, slot), element('span', { class: 'note' }, 'no image'));
+    const note = element('span', { class: 'note' }, 'no image');
+    if (!image) return element('li', {}, element('span', {}, slot), note);
     const size = sizeText(json.bufferViews[image.bufferView].byteLength);
     const address = addressOf(index);
     const caption = element('span', {}, slot, element('br'), nameElement(image.name, `image ${index}`));
-    if (!address) return element('li', {}, caption, element('span', { class: 'note' }, `${size}; browsers can't show it`));
+    note.textContent = address ? size : `${size}; browsers can't show it`;
+    if (!address) return element('li', {}, caption, note);
     const picture = element('img', { src: address, alt: '', loading: 'lazy' });
-    const note = element('span', { class: 'note' }, size);
     picture.addEventListener('load', () => {
       note.textContent = `${picture.naturalWidth} × ${picture.naturalHeight}, ${size}`;
     });

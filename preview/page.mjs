@@ -15,10 +15,12 @@ function showCounts(facts, json) {
   byId('name').textContent = facts.name;
   byId('maker').textContent = `Made by vornel ${facts.version}.`;
   const triangles = (json.meshes ?? []).reduce((sum, mesh) => sum + trianglesOf(json, mesh), 0);
-  const entries = [[json.nodes?.length ?? 0, 'node'], [json.meshes?.length ?? 0, 'mesh', 'meshes'], [triangles, 'triangle'],
-    [json.materials?.length ?? 0, 'material'], [json.images?.length ?? 0, 'image'], [json.animations?.length ?? 0, 'clip']];
+  const lengthOf = (list) => json[list]?.length ?? 0;
+  const entries = [[lengthOf('nodes'), 'node'], [lengthOf('meshes'), 'mesh', 'meshes'], [triangles, 'triangle'],
+    [lengthOf('materials'), 'material'], [lengthOf('images'), 'image'], [lengthOf('animations'), 'clip']];
   const bytes = facts.files.reduce((sum, file) => sum + file.bytes, 0);
-  byId('counts').append(...entries.map((entry) => element('li', {}, counted(...entry))), element('li', {}, sizeText(bytes)));
+  for (const text of [...entries.map((entry) => counted(...entry)), sizeText(bytes)])
+    byId('counts').append(element('li', {}, text));
 }
 
 function showWarnings({ warnings, warningsLeftOut }) {
@@ -55,7 +57,8 @@ function showSizes(facts, model) {
 
 function showModel(viewer, model) {
   viewer.addEventListener('error', (event) => {
-    tell(`The viewer can't show this model: ${event.detail?.sourceError?.message ?? event.detail?.type ?? 'unknown reason'}`);
+    const { sourceError, type = 'unknown reason' } = event.detail ?? {};
+    tell(`The viewer can't show this model: ${sourceError?.message ?? type}`);
   });
   viewer.alt = `3D model ${document.title}`;
   setUpCamera(viewer);

@@ -192,10 +192,9 @@ std::uint64_t ModelReader::Append(Bytes bytes) {
 
 // Puts all buffers into one, and moves the views along.
 void ModelReader::ReadBuffers(std::optional<Bytes> binaryChunk) {
-  const auto buffers = root_.FindMember("buffers");
-  if (buffers == root_.MemberEnd()) return;
+  if (!root_.HasMember("buffers")) return;
   std::vector<std::uint64_t> starts;
-  for (const Json& buffer : buffers->value.GetArray()) {
+  for (const Json& buffer : root_["buffers"].GetArray()) {
     const Json* const uri = readers::Find(buffer, "uri");
     if (!uri && !(starts.empty() && binaryChunk)) Fail(buffer, "the buffer has neither uri nor binary chunk");
     const Bytes bytes = uri ? ReadUri(*uri) : *binaryChunk;
@@ -205,9 +204,8 @@ void ModelReader::ReadBuffers(std::optional<Bytes> binaryChunk) {
                        std::to_string(bytes.size()));
     starts.push_back(Append(bytes.substr(0, length)));
   }
-  const auto views = root_.FindMember("bufferViews");
-  if (views == root_.MemberEnd()) return;
-  for (Json& view : views->value.GetArray()) {
+  if (!root_.HasMember("bufferViews")) return;
+  for (Json& view : root_["bufferViews"].GetArray()) {
     const Json* const offset = readers::Find(view, "byteOffset");
     const std::uint64_t moved = (offset ? offset->GetUint() : 0) + starts[view["buffer"].GetUint()];
     view.RemoveMember("byteOffset");
