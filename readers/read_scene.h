@@ -19,6 +19,8 @@ class InputError : public std::runtime_error {
 struct ReadReport {
   std::vector<std::string> warnings;         // what was skipped, a line each
   std::vector<std::filesystem::path> files;  // read besides the scene's own file: arrays, material libraries
+  // Images that the reader wrote out into a folder of its own, which goes when the command ends.
+  std::vector<std::filesystem::path> temporaryImages;
 };
 
 // Reads a scene by the file's extension, in any case: .orvo, .obj. Throws InputError.

@@ -185,6 +185,10 @@ bool ReadBool(const Json& value) {
 
 std::uint32_t ReadFourCC(const Json& value) {
   const std::string_view text = TextView(value);
+  std::uint32_t number = 0;
+  if (text.size() == 10 && text.substr(0, 2) == "0x" &&
+      std::from_chars(text.data() + 2, text.data() + 10, number, 16).ptr == text.data() + 10)
+    return number;
   if (text.empty() || text.size() > 4) Fail(value, "expected a code of one to four characters");
   std::uint32_t code = 0;
   for (std::size_t i = 0; i < 4; ++i) {

@@ -40,7 +40,7 @@ std::string ReadText(const Json& value);
 double ReadNumber(const Json& value);
 std::int32_t ReadInteger(const Json& value);  // in 32 bits
 bool ReadBool(const Json& value);
-// One to four characters, filled up with blanks.
+// One to four characters, filled up with blanks, or 0x and eight hexadecimal digits.
 std::uint32_t ReadFourCC(const Json& value);
 const Json& ReadList(const Json& value);                            // any list
 const Json& ReadList(const Json& value, rapidjson::SizeType size);  // of that many entries

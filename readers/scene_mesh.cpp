@@ -123,12 +123,6 @@ PolygonTagData ReadPolygonTag(const Json& value, BinaryFiles& files, std::uint32
   return tag;
 }
 
-struct MapType {
-  std::uint32_t type;
-  std::uint32_t dimension;
-  const char* name;  // what a map without a name is called
-};
-
 constexpr MapType kMapTypes[] = {{kMapNormal, 3, "Vertex Normal"}, {kMapRgb, 3, "Color"},
                                  {kMapRgba, 4, "Color"},           {kMapUv, 2, "Texture"},
                                  {kMapTangentBasis, 6, "Tangent"}, {kMapWeight, 1, "Weight"}};
@@ -170,17 +164,15 @@ Array<std::uint32_t> ReadOrderedValues(const Json& values, BinaryFiles& files, s
 MeshMapData ReadMap(const Json& value, BinaryFiles& files, const MeshData& mesh) {
   MeshMapData map;
   map.type = ReadFourCC(Require(value, "type"));
-  const auto known = std::find_if(std::begin(kMapTypes), std::end(kMapTypes),
-                                  [&map](const MapType& row) { return row.type == map.type; });
-  const bool isKnown = known != std::end(kMapTypes);
+  const MapType* known = FindMapType(map.type);
   const Json* dimension = Find(value, "dimension");
-  if (!dimension && !isKnown) Fail(value, "a map of this type needs its \"dimension\"");
+  if (!dimension && !known) Fail(value, "a map of this type needs its \"dimension\"");
   map.dimension = dimension ? static_cast<std::uint32_t>(ReadInteger(*dimension)) : known->dimension;
-  if (map.dimension == 0 || (isKnown && map.dimension != known->dimension)) {
+  if (map.dimension == 0 || (known && map.dimension != known->dimension)) {
     Fail(*dimension, "not the dimension of a map of this type");
   }
   const Json* name = Find(value, "name");
-  map.name = name ? ReadText(*name) : isKnown ? known->name : ReadText(value["type"]);
+  map.name = name ? ReadText(*name) : known ? known->name : ReadText(value["type"]);
 
   const Json& values = Require(value, "values");
   const Json* per = Find(value, "per");
@@ -240,6 +232,14 @@ void ReadShape(const Json& value, BinaryFiles& files, MeshData& mesh) {
 
 }  // namespace
 
+const MapType* FindMapType(std::uint32_t type) {
+  const auto known = std::find_if(std::begin(kMapTypes), std::end(kMapTypes),
+                                  [type](const MapType& row) { return row.type == type; });
+  return known == std::end(kMapTypes) ? nullptr : known;
+}
+
+double SmoothingRadians(double degrees) { return degrees * std::numbers::pi / 180; }
+
 MeshData ReadMesh(const Json& value, BinaryFiles& files) {
   MeshData mesh;
   ReadShape(value, files, mesh);
@@ -252,7 +252,11 @@ MeshData ReadMesh(const Json& value, BinaryFiles& files) {
     for (const Json& map : ReadList(*maps).GetArray()) mesh.maps.push_back(ReadMap(map, files, mesh));
   }
   if (const Json* angle = Find(value, "smoothingAngle")) {
-    mesh.smoothingAngle = ReadNumber(*angle) * std::numbers::pi / 180;
+    mesh.smoothingAngle = SmoothingRadians(ReadNumber(*angle));
+  }
+  if (const Json* angle = Find(value, "smoothingRadians")) {
+    if (Find(value, "smoothingAngle")) Fail(*angle, "stands in place of \"smoothingAngle\"");
+    mesh.smoothingAngle = ReadNumber(*angle);
   }
   if (const Json* triangles = Find(value, "triangles")) ReadTriangles(*triangles, files, mesh);
   if (const Json* normals = Find(value, "cornerNormals"))

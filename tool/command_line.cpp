@@ -12,7 +12,7 @@ namespace {
 
 using AddCommand = RunCommand (*)(CLI::App& app);
 
-constexpr AddCommand kCommands[] = {AddExport, AddInfo, AddPreview};
+constexpr AddCommand kCommands[] = {AddExport, AddInfo, AddPreview, AddRecord};
 
 }  // namespace
 

@@ -6,6 +6,7 @@
 #include "tool/exit_codes.h"
 #include "tool/image_copies.h"
 #include "tool/image_paths.h"
+#include "tool/input_check.h"
 #include "tool/log_file.h"
 #include "tool/module_loader.h"
 #include "tool/output_check.h"
@@ -36,24 +37,17 @@ void SettleImages(const ExportArguments& arguments, headless::SceneData& scene, 
   for (const std::string& warning : images.warnings) report.Warning(warning);
 }
 
-// Refuses to write over what the scene is read from.
-void CheckInputStays(const ExportArguments& arguments, std::vector<fs::path> read) {
-  read.push_back(arguments.input);
+std::vector<fs::path> WrittenFiles(const ExportArguments& arguments) {
   std::vector<fs::path> written = {arguments.output, arguments.logFile};
   if (arguments.output.extension() == ".gltf")
     written.push_back(fs::path(arguments.output).replace_extension(".bin"));
-  for (const fs::path& target : written)
-    for (const fs::path& source : read) {
-      std::error_code none;
-      if (fs::equivalent(target, source, none))
-        throw OutputError(target.string() + ": would be written over, but the scene is read from it");
-    }
+  return written;
 }
 
 headless::SceneData ReadInput(const ExportArguments& arguments, const Report& report) {
   readers::ReadReport read;
   headless::SceneData scene = readers::ReadScene(arguments.input, read);
-  CheckInputStays(arguments, std::move(read.files));
+  CheckInputStays(arguments.input, read.files, WrittenFiles(arguments));
   for (const std::string& warning : read.warnings) report.Warning(warning);
   // The savers export the selection unless told otherwise; who names a file wants all of it.
   scene.userValues.try_emplace(kExportType, kExportAll);

@@ -43,20 +43,6 @@ void RemoveOnSignal(const fs::path& directory) {
   }).detach();
 }
 
-bool HaveSameBytes(const fs::path& one, const fs::path& other) {
-  std::error_code error;
-  if (!fs::is_regular_file(other, error) || fs::file_size(one, error) != fs::file_size(other, error)) return false;
-  constexpr std::size_t kBlock = 65536;
-  std::ifstream streams[] = {std::ifstream(one, std::ios::binary), std::ifstream(other, std::ios::binary)};
-  std::string blocks[] = {std::string(kBlock, '\0'), std::string(kBlock, '\0')};
-  while (streams[0] && streams[1]) {
-    std::streamsize counts[2];
-    for (int i = 0; i < 2; ++i) counts[i] = streams[i].read(blocks[i].data(), kBlock).gcount();
-    if (counts[0] != counts[1] || blocks[0] != blocks[1]) return false;
-  }
-  return streams[0].eof() && streams[1].eof();
-}
-
 struct Move {
   fs::path from, to;
   fs::path backup;  // the file that stood at `to`, empty for none
@@ -73,6 +59,20 @@ void PutBack(const std::vector<Move>& moves) {
 }
 
 }  // namespace
+
+bool HaveSameBytes(const fs::path& one, const fs::path& other) {
+  std::error_code error;
+  if (!fs::is_regular_file(other, error) || fs::file_size(one, error) != fs::file_size(other, error)) return false;
+  constexpr std::size_t kBlock = 65536;
+  std::ifstream streams[] = {std::ifstream(one, std::ios::binary), std::ifstream(other, std::ios::binary)};
+  std::string blocks[] = {std::string(kBlock, '\0'), std::string(kBlock, '\0')};
+  while (streams[0] && streams[1]) {
+    std::streamsize counts[2];
+    for (int i = 0; i < 2; ++i) counts[i] = streams[i].read(blocks[i].data(), kBlock).gcount();
+    if (counts[0] != counts[1] || blocks[0] != blocks[1]) return false;
+  }
+  return streams[0].eof() && streams[1].eof();
+}
 
 Staging::Staging(const fs::path& target) : target_(target) {
   std::error_code error;

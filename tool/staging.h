@@ -8,6 +8,9 @@
 
 namespace tool {
 
+// True for two files of the same bytes.
+bool HaveSameBytes(const std::filesystem::path& one, const std::filesystem::path& other);
+
 class Staging {
  public:
   // Makes the directory in that of `target`. Throws OutputError when the target is a directory or nothing can be
