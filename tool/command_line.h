@@ -17,6 +17,7 @@ using RunCommand = std::function<int()>;
 RunCommand AddExport(CLI::App& app);
 RunCommand AddInfo(CLI::App& app);
 RunCommand AddLoadOptions(CLI::App& app);
+RunCommand AddPreview(CLI::App& app);
 RunCommand AddRecord(CLI::App& app);
 
 // Parses the arguments and runs the subcommand they name. Prints help, the version and usage errors itself.
