@@ -27,8 +27,9 @@ class ConfigStore;
 // Owns a scene; everything handed out lives as long as the host.
 class Host final : public IZyHost {
  public:
+  // What modules store is kept in memory.
   explicit Host(SceneData scene);
-  // With stored settings, where the other host has none and keeps what modules store to itself.
+  // What modules store goes into `settings`, which are saved by whoever gave them.
   Host(SceneData scene, std::shared_ptr<ConfigStore> settings);
   ~Host();
 

@@ -30,14 +30,19 @@ enum ExitCode : int { kDone = 0, kUsage = 2, kInput = 3, kOutput = 4 };
 
 class LoadOptionsCommand : public testing::Test {
  protected:
-  // With a configuration of its own; "OUT" at the start of an argument stands for the directory.
-  CommandRun Run(std::vector<std::string> arguments, const std::string& setting = {}) {
-    for (std::string& argument : arguments)
-      if (argument.starts_with("OUT")) argument.replace(0, 3, Out().string());
-    std::vector<std::string> all = {"env",
-                                    setting.empty() ? "XDG_CONFIG_HOME=" + (Out() / "cfg").string() : setting,
-                                    VORNEL_COMMAND, "load-options"};
+  // With a configuration of its own unless the environment says otherwise; "OUT" at the start of an argument or
+  // of a value of the environment stands for the directory.
+  CommandRun Run(const std::vector<std::string>& arguments,
+                 const std::vector<std::string>& environment = {"XDG_CONFIG_HOME=OUT/cfg"}) {
+    std::vector<std::string> all = {"env"};
+    all.insert(all.end(), environment.begin(), environment.end());
+    all.insert(all.end(), {VORNEL_COMMAND, "load-options"});
     all.insert(all.end(), arguments.begin(), arguments.end());
+    for (std::string& text : all) {
+      const std::size_t start = text.find('=') == std::string::npos ? 0 : text.find('=') + 1;
+      for (const std::size_t place : {std::size_t{0}, start})
+        if (text.compare(place, 3, "OUT") == 0) text.replace(place, 3, Out().string());
+    }
     return test_support::RunCommand(all);
   }
   // The values as --json tells them, in order: "name=value", with "!" behind what is disabled.
@@ -210,7 +215,8 @@ TEST_F(LoadOptionsCommand, AWrongTypeCostsOneValueAndNothingElseIsLost) {
   EXPECT_EQ(Shown(), expected);
   EXPECT_THAT(Run({}).errors, IsEmpty()) << "it was replaced";
   const std::string text = ReadWholeFile(Config());
-  for (const char* part : {"\"theirs\": {", "null,", "2.5", "\"other\": 1,", "\"mine\": \"x\","})
+  for (const char* part : {"\"theirs\": {", "null,", "2.5", "\"other\": 1,",
+                           "\"mine\": \"x\",\n        \"mergeWithExistingItems\": 0,"})
     EXPECT_THAT(text, HasSubstr(part));
 
   for (const char* tree :
@@ -231,20 +237,32 @@ TEST_F(LoadOptionsCommand, TheConfigurationIsWrittenInPlace) {
   EXPECT_EQ(fs::status(Out() / "real.json").permissions(), fs::perms(0640));
   EXPECT_THAT(ConfigFiles(), ElementsAre("config.json"));
 
-  std::ofstream(Out() / "file") << "x";
-  const std::string nowhere = "XDG_CONFIG_HOME=" + (Out() / "file").string();
-  for (const std::string& setting : {nowhere, std::string("-uHOME")}) {
-    // With a relative folder and no home there is no place for it.
-    const CommandRun run =
-        test_support::RunCommand({"env", setting, setting == nowhere ? nowhere : "XDG_CONFIG_HOME=cfg",
-                                  VORNEL_COMMAND, "load-options", "--set", "importUnits=2"});
-    EXPECT_EQ(run.exitCode, kOutput) << setting;
-    EXPECT_THAT(run.ErrorLines(), ElementsAre(StartsWith("vornel: error: ")));
-  }
-  EXPECT_EQ(Run({}, nowhere).exitCode, kDone) << "nothing is to be written";
   fs::remove(Config());
   fs::create_directory(Config());
   EXPECT_EQ(Run({}).exitCode, kInput);
+}
+
+TEST_F(LoadOptionsCommand, TheEnvironmentSaysWhereTheConfigurationIs) {
+  std::ofstream(Out() / "file") << "x";
+  struct Row {
+    const char* config;  // XDG_CONFIG_HOME
+    const char* home;
+    const char* file;  // null when there is no place
+  };
+  for (const Row& row :
+       {Row{"OUT/a", "OUT/b", "a"}, Row{"", "OUT/c", "c/.config"}, Row{"cfg", "OUT/d", "d/.config"},
+        Row{"cfg", "", nullptr}, Row{"OUT/file", "OUT/e", nullptr}}) {
+    SCOPED_TRACE(row.config);
+    const std::vector<std::string> environment = {std::string("HOME=") + row.home,
+                                                  std::string("XDG_CONFIG_HOME=") + row.config};
+    EXPECT_EQ(Run({}, environment).exitCode, kDone) << "nothing is to be written";
+    const CommandRun run = Run({"--set", "importUnits=2"}, environment);
+    EXPECT_EQ(run.exitCode, row.file ? kDone : kOutput);
+    if (row.file)
+      EXPECT_TRUE(fs::exists(Out() / row.file / "vornel" / "config.json"));
+    else
+      EXPECT_THAT(run.ErrorLines(), ElementsAre(StartsWith("vornel: error: ")));
+  }
 }
 
 TEST_F(LoadOptionsCommand, RecordsAreWrittenAndRead) {
