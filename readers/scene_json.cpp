@@ -1,6 +1,5 @@
 #include "readers/scene_json.h"
 
-#include "readers/mapped_file.h"
 #include "readers/read_scene.h"
 #include "readers/scene_lists.h"
 
@@ -22,10 +21,9 @@ constexpr int kMaxDepth = 2000;
 // would harm later, and takes long lists away from the parser.
 class TreeFilter {
  public:
-  // `lists` is null for all lists to be in the tree.
-  TreeFilter(LongListFinder* lists, rapidjson::MemoryStream& stream, rapidjson::Document& tree,
-             std::string& reason)
-      : stream_(stream), tree_(tree), lists_(lists), reason_(reason) {}
+  TreeFilter(std::string_view text, LongLists longLists, rapidjson::MemoryStream& stream,
+             rapidjson::Document& tree, std::string& reason)
+      : longLists_(longLists), stream_(stream), tree_(tree), lists_(text), reason_(reason) {}
 
   bool Null() { return tree_.Null(); }
   bool Bool(bool value) { return tree_.Bool(value); }
@@ -52,8 +50,9 @@ class TreeFilter {
   // The parser stands at the bracket. Of a long list it meets no more than the last one.
   bool StartArray() {
     if (!Enter()) return false;
-    const auto levels = static_cast<std::size_t>(kMaxDepth - depth_);
-    const LongList* list = lists_ ? lists_->Find(stream_.src_, levels) : nullptr;
+    const LongList* list = nullptr;
+    if (longLists_ == LongLists::InText)
+      list = lists_.Find(stream_.src_, static_cast<std::size_t>(kMaxDepth - depth_));
     isLong_ = list != nullptr;
     if (!isLong_) return tree_.StartArray();
     PutLongList(*list, tree_);
@@ -77,9 +76,10 @@ class TreeFilter {
            Refuse("nested deeper than 2000 levels; give deep items a \"parent\" instead of \"children\"");
   }
 
+  LongLists longLists_;
   rapidjson::MemoryStream& stream_;
   rapidjson::Document& tree_;
-  LongListFinder* lists_;
+  LongListFinder lists_;
   std::string& reason_;
   int depth_ = 0;
   bool isLong_ = false;  // the list that was begun last
@@ -87,8 +87,8 @@ class TreeFilter {
 
 struct TreeGenerator {
   std::string_view text;
-  LongListFinder* lists = nullptr;
-  std::string reason = {};
+  LongLists longLists;
+  std::string reason;
   std::size_t offset = 0;
 
   // Called by the document with itself.
@@ -98,7 +98,7 @@ struct TreeGenerator {
     constexpr unsigned kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag |
                                 rapidjson::kParseNumbersAsStringsFlag;
     rapidjson::MemoryStream stream(text.data(), text.size());
-    TreeFilter filter(lists, stream, document, reason);
+    TreeFilter filter(text, longLists, stream, document, reason);
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, filter);
     if (result.IsError()) {
@@ -120,26 +120,18 @@ std::string LineAndColumn(std::string_view text, std::size_t offset) {
   return std::to_string(line) + ":" + std::to_string(column);
 }
 
-void Generate(TreeGenerator generator, const std::string& file, rapidjson::Document& document) {
-  document.Populate(generator);
-  if (generator.reason.empty()) return;
-  throw InputError(file + ":" + LineAndColumn(generator.text, generator.offset) + ": " + generator.reason);
-}
-
 }  // namespace
 
 void Fail(const Json& value, std::string reason) { throw JsonFault{&value, std::move(reason), {}}; }
 
-void ParseJson(std::string_view text, const std::string& file, rapidjson::Document& document) {
-  Generate({text}, file, document);
-}
-
-void ParseSceneText(const MappedFile& mapped, const std::string& file, rapidjson::Document& document) {
-  std::string_view text(mapped.Begin(), mapped.Bytes().size());
+void ParseJson(std::string_view text, const std::string& file, LongLists longLists, rapidjson::Document& document) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  LongListFinder lists(text);
-  Generate({text, &lists}, file, document);
+  TreeGenerator generator{text, longLists, {}, 0};
+  document.Populate(generator);
+  if (!generator.reason.empty()) {
+    throw InputError(file + ":" + LineAndColumn(text, generator.offset) + ": " + generator.reason);
+  }
 }
 
 bool FindJson(const Json& from, const Json& target, std::string& place) {
@@ -163,14 +155,10 @@ bool FindJson(const Json& from, const Json& target, std::string& place) {
   return false;
 }
 
-std::string JsonPlace(const Json& root, const Json& value) {
-  std::string place;
-  FindJson(root, value, place);
-  return place;
-}
-
 std::string JsonPlace(const Json& root, const JsonFault& fault) {
-  return JsonPlace(root, *fault.value) + fault.below;
+  std::string place;
+  FindJson(root, *fault.value, place);
+  return place + fault.below;
 }
 
 const Json* Find(const Json& object, const char* key) {
