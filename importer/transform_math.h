@@ -3,8 +3,7 @@
 
 #include "host/matrix4.h"
 
-#include <assimp/matrix4x4.h>
-#include <assimp/quaternion.h>
+#include <assimp/types.h>
 
 #include <array>
 #include <optional>
