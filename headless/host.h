@@ -22,10 +22,15 @@ struct LogLine {
 
 using LogSink = std::function<void(const LogLine&)>;
 
+class ConfigStore;
+
 // Owns a scene; everything handed out lives as long as the host.
 class Host final : public IZyHost {
  public:
+  // What modules store is kept in memory.
   explicit Host(SceneData scene);
+  // What modules store goes into `settings`, which are saved by whoever gave them.
+  Host(SceneData scene, std::shared_ptr<ConfigStore> settings);
   ~Host();
 
   IZyObject* Service(std::uint32_t id) override;

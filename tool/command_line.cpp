@@ -12,7 +12,7 @@ namespace {
 
 using AddCommand = RunCommand (*)(CLI::App& app);
 
-constexpr AddCommand kCommands[] = {AddExport, AddInfo, AddRecord};
+constexpr AddCommand kCommands[] = {AddExport, AddInfo, AddLoadOptions, AddPreview, AddRecord};
 
 }  // namespace
 

@@ -2,6 +2,7 @@
 
 #include "tool/command_line.h"
 #include "tool/export_job.h"
+#include "tool/read_arguments.h"
 #include "tool/written_document.h"
 
 #include <CLI/CLI.hpp>
@@ -125,11 +126,12 @@ void AddReportOptions(CLI::App& command, ExportArguments& arguments) {
 }
 
 void AddOptions(CLI::App& command, ExportArguments& arguments) {
-  command.add_option("input", arguments.input, "scene to read: .orvo or .obj")->required()->type_name("INPUT");
+  command.add_option("input", arguments.input, kInputText)->required()->type_name("INPUT");
   command.add_option("-o,--output", arguments.output, "file to write, ending in .glb or .gltf")
       ->required()
       ->type_name("OUTPUT");
   AddOptionFlags(command, arguments);
+  AddReadOptions(command, arguments.reading);
   command
       .add_option_function<std::vector<std::string>>(
           "--set",

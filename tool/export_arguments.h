@@ -1,6 +1,7 @@
 // The arguments of the command `vornel export`.
 #pragma once
 
+#include "readers/read_scene.h"
 #include "tool/progress.h"
 #include "tool/report.h"
 
@@ -22,6 +23,7 @@ enum class Strictness { Lenient, Strict };
 struct ExportArguments {
   std::filesystem::path input;
   std::filesystem::path output;
+  readers::ReadOptions reading;
   std::vector<std::filesystem::path> imageRoots;  // empty: images may lie anywhere
   std::vector<UserValue> userValues;              // in the order given
   std::filesystem::path logFile;                  // empty for none

@@ -61,6 +61,7 @@ class ExportRun {
   ExportOutcome& outcome_;
   Stages& stages_;
   Progress& progress_;
+  readers::ReadReport read_;  // keeps images that the input held until the export is over
 };
 
 // The host knows the backslash as its only separator, so a name can't hold one.
@@ -88,10 +89,9 @@ void ExportRun::Run() {
 }
 
 headless::SceneData ExportRun::ReadInput() {
-  readers::ReadReport read;
-  headless::SceneData scene = readers::ReadScene(arguments_.input, read);
-  CheckInputStays(arguments_.input, read.files, WrittenFiles());
-  for (const std::string& warning : read.warnings) {
+  headless::SceneData scene = readers::ReadScene(arguments_.input, arguments_.reading, read_);
+  CheckInputStays(arguments_.input, read_.files, WrittenFiles());
+  for (const std::string& warning : read_.warnings) {
     report_.Warning(warning);
     AddNotCarried({"", "input", warning, ""});
   }
@@ -120,7 +120,7 @@ void ExportRun::SetUserValues(headless::SceneData& scene) {
 
 void ExportRun::SettleImages(headless::SceneData& scene) {
   ImageReport images;
-  SettleImagePaths(scene, arguments_.imageRoots, images);
+  SettleImagePaths(scene, {arguments_.imageRoots, read_.temporaryImages}, images);
   if (KindOf(arguments_.output) == OutputKind::Gltf) {
     const fs::path staged = fs::path(arguments_.output).replace_filename(StagedName(arguments_.output));
     CheckImageCopies(scene, arguments_.output, arguments_.input, images);
