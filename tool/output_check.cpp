@@ -2,15 +2,14 @@
 
 #include "readers/mapped_file.h"
 #include "readers/read_scene.h"
-
-#include <rapidjson/document.h>
-#include <rapidjson/error/en.h>
+#include "tool/output_outline.h"
 
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <span>
+#include <string_view>
 
 namespace tool {
 namespace {
@@ -18,26 +17,14 @@ namespace {
 using Bytes = std::span<const std::byte>;
 using Fault = std::optional<std::string>;
 
-constexpr std::uint32_t kComponentFloat = 5126;
+constexpr std::uint64_t kComponentU16 = 5123;
+constexpr std::uint64_t kComponentFloat = 5126;
 constexpr std::uint64_t kLargestCount = 0xFFFFFFFF;  // of bytes, in the header of a .glb and in a saver
 
 std::uint32_t ReadU32(Bytes bytes, std::size_t offset) {
   std::uint32_t value = 0;
   for (std::size_t i = 0; i < 4; ++i) value |= std::to_integer<std::uint32_t>(bytes[offset + i]) << (8 * i);
   return value;
-}
-
-std::uint64_t Number(const rapidjson::Value& object, const char* key) {
-  const auto member = object.FindMember(key);
-  return member != object.MemberEnd() && member->value.IsUint64() ? member->value.GetUint64() : 0;
-}
-
-std::uint64_t ComponentCount(const rapidjson::Value& accessor) {
-  static constexpr std::pair<const char*, std::uint64_t> kTypes[] = {
-      {"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}, {"MAT4", 16}};
-  for (const auto& [type, count] : kTypes)
-    if (accessor["type"] == type) return count;
-  return 0;
 }
 
 // A float is finite when its exponent isn't all ones.
@@ -51,44 +38,36 @@ bool AllFinite(Bytes floats) {
   return finite;
 }
 
-Fault CheckAccessor(const rapidjson::Value& root, std::size_t index, Bytes buffer) {
-  const std::string name = "accessor " + std::to_string(index);
-  const rapidjson::Value& accessor = root["accessors"][static_cast<rapidjson::SizeType>(index)];
-  const rapidjson::Value& views = root["bufferViews"];
-  const std::uint64_t view = Number(accessor, "bufferView");
-  if (view >= views.Size()) return name + " names buffer view " + std::to_string(view);
-  const rapidjson::Value& bufferView = views[static_cast<rapidjson::SizeType>(view)];
-  const std::uint64_t offset = Number(bufferView, "byteOffset");
-  const std::uint64_t length = Number(bufferView, "byteLength");
-  if (offset + length > buffer.size()) return "buffer view " + std::to_string(view) + " reaches beyond the buffer";
-  const std::uint64_t type = Number(accessor, "componentType");
-  const std::uint64_t size = type == 5123 ? 2 : 4;
-  const std::uint64_t needed = Number(accessor, "count") * ComponentCount(accessor) * size;
-  if (needed > length) return name + " reaches beyond its buffer view";
-  if (type == kComponentFloat && !AllFinite(buffer.subspan(offset, needed)))
-    return name + " holds a number that isn't finite";
+Fault CheckAccessor(const OutputOutline& outline, std::size_t index, Bytes buffer) {
+  const auto fault = [index](const std::string& text) { return "accessor " + std::to_string(index) + text; };
+  const OutlineAccessor& accessor = outline.accessors[index];
+  if (accessor.bufferView >= outline.views.size())
+    return fault(" names buffer view " + std::to_string(accessor.bufferView));
+  const OutlineView& view = outline.views[accessor.bufferView];
+  if (view.byteOffset + view.byteLength > buffer.size())
+    return "buffer view " + std::to_string(accessor.bufferView) + " reaches beyond the buffer";
+  const std::uint64_t size = accessor.componentType == kComponentU16 ? 2 : 4;
+  const std::uint64_t needed = accessor.count * accessor.components * size;
+  if (needed > view.byteLength) return fault(" reaches beyond its buffer view");
+  if (accessor.componentType == kComponentFloat && !AllFinite(buffer.subspan(view.byteOffset, needed)))
+    return fault(" holds a number that isn't finite");
   return std::nullopt;
 }
 
-Fault CheckDocument(const rapidjson::Document& root, Bytes buffer) {
-  if (root.HasParseError())
-    return std::string("its JSON is broken: ") + rapidjson::GetParseError_En(root.GetParseError()) + " at byte " +
-           std::to_string(root.GetErrorOffset()) + " (most likely a number that isn't finite)";
+Fault CheckDocument(std::string_view json, Bytes buffer) {
+  OutputOutline outline;
+  if (const Fault fault = ReadOutline(json, outline))
+    return "its JSON is broken: " + *fault + " (most likely a number that isn't finite)";
   if (buffer.size() > kLargestCount) return "its buffer takes more than 4 GiB, the most that a saver can write";
-  const std::uint64_t length = Number(root["buffers"][0], "byteLength");
-  if (length != buffer.size())
+  if (outline.bufferLength != buffer.size())
     return "its buffer has " + std::to_string(buffer.size()) + " bytes where the JSON says " +
-           std::to_string(length);
-  for (std::size_t index = 0; index < root["accessors"].Size(); ++index)
-    if (Fault fault = CheckAccessor(root, index, buffer)) return fault;
+           std::to_string(outline.bufferLength);
+  for (std::size_t index = 0; index < outline.accessors.size(); ++index)
+    if (Fault fault = CheckAccessor(outline, index, buffer)) return fault;
   return std::nullopt;
 }
 
-Fault ParseAndCheck(Bytes json, Bytes buffer) {
-  rapidjson::Document root;
-  root.Parse<rapidjson::kParseIterativeFlag>(reinterpret_cast<const char*>(json.data()), json.size());
-  return CheckDocument(root, buffer);
-}
+std::string_view TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
 Fault CheckGlb(Bytes file) {
   if (file.size() > kLargestCount) return "it takes more than 4 GiB, the most that a .glb can hold";
@@ -97,7 +76,7 @@ Fault CheckGlb(Bytes file) {
   if (jsonLength > file.size() - 28) return "its JSON chunk reaches beyond the file";
   const std::size_t binaryLength = ReadU32(file, 20 + jsonLength);
   if (binaryLength != file.size() - 28 - jsonLength) return "its binary chunk does not end with the file";
-  return ParseAndCheck(file.subspan(20, jsonLength), file.subspan(28 + jsonLength));
+  return CheckDocument(TextOf(file.subspan(20, jsonLength)), file.subspan(28 + jsonLength));
 }
 
 }  // namespace
@@ -107,7 +86,7 @@ Fault FindOutputFault(const std::filesystem::path& file) {
     const auto mapped = readers::MappedFile::Open(file);
     if (file.extension() == ".glb") return CheckGlb(mapped->Bytes());
     const auto binary = readers::MappedFile::Open(std::filesystem::path(file).replace_extension(".bin"));
-    return ParseAndCheck(mapped->Bytes(), binary->Bytes());
+    return CheckDocument(TextOf(mapped->Bytes()), binary->Bytes());
   } catch (const readers::InputError& error) {
     return error.what();
   }
