@@ -1,6 +1,7 @@
 // What all parts of the host share.
 #pragma once
 
+#include "headless/demand.h"
 #include "headless/channel_values.h"
 #include "headless/evaluator.h"
 #include "headless/mesh_access.h"
@@ -44,6 +45,7 @@ class HostState {
   ChannelValues values;
   Evaluator evaluator;
   std::size_t live = 0;  // temporary objects
+  Demand demand;
 
  private:
   std::vector<Item> items_;  // by index, so that the order of pointers is scene order

@@ -143,6 +143,8 @@ struct ApplicationData {
   std::int32_t build = 0;
   std::string osName = "Linux";
   std::string osVersion = "64 bit";
+
+  bool operator==(const ApplicationData& other) const = default;
 };
 
 enum class CommandState { Works, Absent, Fails };

@@ -1,30 +1,36 @@
 #include "tool/output_check.h"
 
-#include "readers/mapped_file.h"
-#include "readers/read_scene.h"
-#include "tool/output_outline.h"
+#include "tool/cut_json.h"
+#include "tool/fault_place.h"
+#include "tool/image_check.h"
+
+#include <fmt/core.h>
+#include <rapidjson/error/en.h>
 
 #include <cerrno>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <span>
-#include <string_view>
+#include <utility>
 
 namespace tool {
 namespace {
 
 using Bytes = std::span<const std::byte>;
-using Fault = std::optional<std::string>;
+using Json = rapidjson::Value;
 
-constexpr std::uint64_t kComponentU16 = 5123;
-constexpr std::uint64_t kComponentFloat = 5126;
-constexpr std::uint64_t kLargestCount = 0xFFFFFFFF;  // of bytes, in the header of a .glb and in a saver
+constexpr std::uint32_t kComponentFloat = 5126;
+constexpr std::uint32_t kComponentU16 = 5123;
 
-std::uint32_t ReadU32(Bytes bytes, std::size_t offset) {
-  std::uint32_t value = 0;
-  for (std::size_t i = 0; i < 4; ++i) value |= std::to_integer<std::uint32_t>(bytes[offset + i]) << (8 * i);
-  return value;
+std::string_view TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
+
+std::uint64_t ComponentCount(const Json& accessor) {
+  static constexpr std::pair<const char*, std::uint64_t> kTypes[] = {
+      {"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}, {"MAT4", 16}};
+  for (const auto& [type, count] : kTypes)
+    if (accessor["type"] == type) return count;
+  return 0;
 }
 
 // A float is finite when its exponent isn't all ones.
@@ -38,58 +44,94 @@ bool AllFinite(Bytes floats) {
   return finite;
 }
 
-Fault CheckAccessor(const OutputOutline& outline, std::size_t index, Bytes buffer) {
-  const auto fault = [index](const std::string& text) { return "accessor " + std::to_string(index) + text; };
-  const OutlineAccessor& accessor = outline.accessors[index];
-  if (accessor.bufferView >= outline.views.size())
-    return fault(" names buffer view " + std::to_string(accessor.bufferView));
-  const OutlineView& view = outline.views[accessor.bufferView];
-  if (view.byteOffset + view.byteLength > buffer.size())
-    return "buffer view " + std::to_string(accessor.bufferView) + " reaches beyond the buffer";
-  const std::uint64_t size = accessor.componentType == kComponentU16 ? 2 : 4;
-  const std::uint64_t needed = accessor.count * accessor.components * size;
-  if (needed > view.byteLength) return fault(" reaches beyond its buffer view");
-  if (accessor.componentType == kComponentFloat && !AllFinite(buffer.subspan(view.byteOffset, needed)))
-    return fault(" holds a number that isn't finite");
-  return std::nullopt;
+bool HasNan(Bytes floats) {
+  for (std::size_t offset = 0; offset + 4 <= floats.size(); offset += 4) {
+    float value;
+    std::memcpy(&value, floats.data() + offset, 4);
+    if (std::isnan(value)) return true;
+  }
+  return false;
 }
 
-Fault CheckDocument(std::string_view json, Bytes buffer) {
-  OutputOutline outline;
-  if (const Fault fault = ReadOutline(json, outline))
-    return "its JSON is broken: " + *fault + " (most likely a number that isn't finite)";
-  if (buffer.size() > kLargestCount) return "its buffer takes more than 4 GiB, the most that a saver can write";
-  if (outline.bufferLength != buffer.size())
-    return "its buffer has " + std::to_string(buffer.size()) + " bytes where the JSON says " +
-           std::to_string(outline.bufferLength);
-  for (std::size_t index = 0; index < outline.accessors.size(); ++index)
-    if (Fault fault = CheckAccessor(outline, index, buffer)) return fault;
-  return std::nullopt;
-}
+// Checks one document of a scene; the first fault is thrown.
+class DocumentCheck {
+ public:
+  DocumentCheck(WrittenDocument& document, const headless::SceneData& scene)
+      : document_(document), scene_(scene) {}
 
-std::string_view TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
+  void Parse() {
+    rapidjson::Document& root = document_.root;
+    const std::string_view json = TextOf(document_.json);
+    root.Parse<rapidjson::kParseIterativeFlag>(json.data(), json.size());
+    if (!root.HasParseError() && root.IsObject()) return;
+    if (const std::optional<CutJson> cut = CompleteCutJson(json)) {
+      rapidjson::Document completed;
+      completed.Parse<rapidjson::kParseIterativeFlag>(cut->text.data(), cut->text.size());
+      if (!completed.HasParseError())
+        throw WriteFault("a number that is infinite or not a number: " +
+                         PlaceOfNumber(completed, cut->path, scene_));
+    }
+    throw WriteFault(fmt::format("its JSON is broken: {} at byte {}",
+                                 rapidjson::GetParseError_En(root.GetParseError()), root.GetErrorOffset()));
+  }
 
-Fault CheckGlb(Bytes file) {
-  if (file.size() > kLargestCount) return "it takes more than 4 GiB, the most that a .glb can hold";
-  if (file.size() < 28 || ReadU32(file, 8) != file.size()) return "its length is not what its header says";
-  const std::size_t jsonLength = ReadU32(file, 12);
-  if (jsonLength > file.size() - 28) return "its JSON chunk reaches beyond the file";
-  const std::size_t binaryLength = ReadU32(file, 20 + jsonLength);
-  if (binaryLength != file.size() - 28 - jsonLength) return "its binary chunk does not end with the file";
-  return CheckDocument(TextOf(file.subspan(20, jsonLength)), file.subspan(28 + jsonLength));
-}
+  void CheckBuffer() const {
+    const auto buffers = ArrayOf(document_.root, "buffers");
+    const std::uint64_t length = buffers.Empty() ? 0 : NumberOf(buffers[0], "byteLength");
+    if (length != document_.buffer.size())
+      throw WriteFault(
+          fmt::format("its buffer has {} bytes where the JSON says {}", document_.buffer.size(), length));
+    std::size_t index = 0;
+    for (const Json& view : ArrayOf(document_.root, "bufferViews")) {
+      if (NumberOf(view, "byteOffset") + NumberOf(view, "byteLength") > length)
+        throw WriteFault(fmt::format("buffer view {} reaches beyond the buffer", index));
+      ++index;
+    }
+  }
+
+  void CheckAccessors(const ShareSink& told) const {
+    const auto accessors = ArrayOf(document_.root, "accessors");
+    std::uint64_t bytes = 0;
+    for (std::size_t index = 0; index < accessors.Size(); ++index) {
+      bytes += CheckAccessor(accessors[static_cast<rapidjson::SizeType>(index)], index);
+      told(static_cast<double>(bytes) / static_cast<double>(document_.buffer.size() + 1));
+    }
+  }
+
+ private:
+  // Returns its bytes.
+  std::uint64_t CheckAccessor(const Json& accessor, std::size_t index) const {
+    const auto views = ArrayOf(document_.root, "bufferViews");
+    const std::uint64_t view = NumberOf(accessor, "bufferView");
+    if (view >= views.Size()) throw WriteFault(fmt::format("accessor {} names buffer view {}", index, view));
+    const Json& bufferView = views[static_cast<rapidjson::SizeType>(view)];
+    const std::uint64_t type = NumberOf(accessor, "componentType");
+    const std::uint64_t size = type == kComponentU16 ? 2 : 4;
+    const std::uint64_t needed = NumberOf(accessor, "count") * ComponentCount(accessor) * size;
+    if (needed > NumberOf(bufferView, "byteLength"))
+      throw WriteFault(fmt::format("accessor {} reaches beyond its buffer view", index));
+    const Bytes values = document_.buffer.subspan(NumberOf(bufferView, "byteOffset"), needed);
+    if (type == kComponentFloat && !AllFinite(values))
+      throw WriteFault((HasNan(values) ? "a value that is not a number: " : "an infinite value: ") +
+                       PlaceOfAccessor(document_.root, index, scene_));
+    return needed;
+  }
+
+  WrittenDocument& document_;
+  const headless::SceneData& scene_;
+};
 
 }  // namespace
 
-Fault FindOutputFault(const std::filesystem::path& file) {
-  try {
-    const auto mapped = readers::MappedFile::Open(file);
-    if (file.extension() == ".glb") return CheckGlb(mapped->Bytes());
-    const auto binary = readers::MappedFile::Open(std::filesystem::path(file).replace_extension(".bin"));
-    return CheckDocument(TextOf(mapped->Bytes()), binary->Bytes());
-  } catch (const readers::InputError& error) {
-    return error.what();
-  }
+WrittenDocument CheckOutput(const std::filesystem::path& file, const headless::SceneData& scene,
+                            const ShareSink& told) {
+  WrittenDocument document = OpenDocument(file);
+  DocumentCheck check(document, scene);
+  check.Parse();
+  check.CheckBuffer();
+  check.CheckAccessors(told);
+  CheckImages(document, file.parent_path(), scene);
+  return document;
 }
 
 std::optional<std::string> FindWriteFault(const std::filesystem::path& file) {

@@ -1,0 +1,48 @@
+// What the plug-in wrote, read back.
+#pragma once
+
+#include "readers/mapped_file.h"
+
+#include <rapidjson/document.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <stdexcept>
+#include <string>
+
+namespace tool {
+
+// A fault of what was written. what() is the reason alone.
+class WriteFault : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+enum class OutputKind { Glb, Gltf };
+
+// By the extension in any case; .gltf for anything else.
+OutputKind KindOf(const std::filesystem::path& file);
+
+// The extension as the savers write it.
+const char* ExtensionOf(OutputKind kind);
+
+struct WrittenDocument {
+  std::shared_ptr<const readers::MappedFile> file, binary;  // the second of a .gltf alone
+  std::span<const std::byte> json;
+  std::span<const std::byte> buffer;
+  rapidjson::Document root;  // see ParseDocument
+};
+
+// Maps a .glb, or a .gltf with the .bin beside it, and checks the lengths of the container. Throws WriteFault.
+WrittenDocument OpenDocument(const std::filesystem::path& file);
+
+// The member's number, 0 when there is none.
+std::uint64_t NumberOf(const rapidjson::Value& object, const char* key);
+
+// The member's entries, an empty array when there is none.
+rapidjson::Value::ConstArray ArrayOf(const rapidjson::Value& object, const char* key);
+
+}  // namespace tool
