@@ -5,8 +5,8 @@ import { bytesByUse, parseGlb, takeModelBytes, trianglesOf, withNumberedClips } 
 import { materialMaker } from './materials.mjs';
 import { makeNodeTree } from './tree.mjs';
 
-function tell(problem) {
-  byId('problem').textContent = problem;
+function tell(text) {
+  byId('problem').textContent = text;
   byId('problem').hidden = false;
 }
 
@@ -56,6 +56,10 @@ function showSizes(facts, model) {
 }
 
 function showModel(viewer, model) {
+  if (!model.json.meshes?.length) {
+    byId('controls').hidden = true;
+    return tell('There is nothing to draw in this model.');
+  }
   viewer.addEventListener('error', (event) => {
     const { sourceError, type = 'unknown reason' } = event.detail ?? {};
     tell(`The viewer can't show this model: ${sourceError?.message ?? type}`);

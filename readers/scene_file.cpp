@@ -134,7 +134,7 @@ SceneData ReadSceneFile(const std::filesystem::path& file, ReadReport& report) {
   const std::string name = file.string();
   const auto mapped = MappedFile::Open(file);
   rapidjson::Document tree;
-  ParseJson(*mapped, name, tree);
+  ParseJson({mapped->Begin(), mapped->Bytes().size()}, name, LongLists::InText, tree);
   BinaryFiles files(file.parent_path(), report.files);
   try {
     CheckSchema(tree);

@@ -1,6 +1,5 @@
 #include "readers/scene_json.h"
 
-#include "readers/mapped_file.h"
 #include "readers/read_scene.h"
 #include "readers/scene_lists.h"
 
@@ -22,9 +21,9 @@ constexpr int kMaxDepth = 2000;
 // would harm later, and takes long lists away from the parser.
 class TreeFilter {
  public:
-  TreeFilter(std::string_view text, rapidjson::MemoryStream& stream, rapidjson::Document& tree,
-             std::string& reason)
-      : stream_(stream), tree_(tree), lists_(text), reason_(reason) {}
+  TreeFilter(std::string_view text, LongLists longLists, rapidjson::MemoryStream& stream,
+             rapidjson::Document& tree, std::string& reason)
+      : longLists_(longLists), stream_(stream), tree_(tree), lists_(text), reason_(reason) {}
 
   bool Null() { return tree_.Null(); }
   bool Bool(bool value) { return tree_.Bool(value); }
@@ -51,7 +50,9 @@ class TreeFilter {
   // The parser stands at the bracket. Of a long list it meets no more than the last one.
   bool StartArray() {
     if (!Enter()) return false;
-    const LongList* list = lists_.Find(stream_.src_, static_cast<std::size_t>(kMaxDepth - depth_));
+    const LongList* list = nullptr;
+    if (longLists_ == LongLists::InText)
+      list = lists_.Find(stream_.src_, static_cast<std::size_t>(kMaxDepth - depth_));
     isLong_ = list != nullptr;
     if (!isLong_) return tree_.StartArray();
     PutLongList(*list, tree_);
@@ -75,6 +76,7 @@ class TreeFilter {
            Refuse("nested deeper than 2000 levels; give deep items a \"parent\" instead of \"children\"");
   }
 
+  LongLists longLists_;
   rapidjson::MemoryStream& stream_;
   rapidjson::Document& tree_;
   LongListFinder lists_;
@@ -85,6 +87,7 @@ class TreeFilter {
 
 struct TreeGenerator {
   std::string_view text;
+  LongLists longLists;
   std::string reason;
   std::size_t offset = 0;
 
@@ -95,7 +98,7 @@ struct TreeGenerator {
     constexpr unsigned kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag |
                                 rapidjson::kParseNumbersAsStringsFlag;
     rapidjson::MemoryStream stream(text.data(), text.size());
-    TreeFilter filter(text, stream, document, reason);
+    TreeFilter filter(text, longLists, stream, document, reason);
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, filter);
     if (result.IsError()) {
@@ -121,11 +124,10 @@ std::string LineAndColumn(std::string_view text, std::size_t offset) {
 
 void Fail(const Json& value, std::string reason) { throw JsonFault{&value, std::move(reason), {}}; }
 
-void ParseJson(const MappedFile& mapped, const std::string& file, rapidjson::Document& document) {
-  std::string_view text(mapped.Begin(), mapped.Bytes().size());
+void ParseJson(std::string_view text, const std::string& file, LongLists longLists, rapidjson::Document& document) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
-  TreeGenerator generator{text, {}, 0};
+  TreeGenerator generator{text, longLists, {}, 0};
   document.Populate(generator);
   if (!generator.reason.empty()) {
     throw InputError(file + ":" + LineAndColumn(text, generator.offset) + ": " + generator.reason);

@@ -14,8 +14,6 @@
 
 namespace readers {
 
-class MappedFile;
-
 using Json = rapidjson::Value;
 
 struct JsonFault {
@@ -26,10 +24,14 @@ struct JsonFault {
 
 [[noreturn]] void Fail(const Json& value, std::string reason);
 
-// Numbers are read exactly: whole ones as integers, all others as the nearest f64. Long lists of numbers stay in
-// the text, see scene_lists.h, which must be there as long as the document. A byte order mark is passed over.
+enum class LongLists {
+  InTree,
+  InText,  // long lists of numbers stay in the text, which must be there as long as the tree; see scene_lists.h
+};
+
+// Numbers are read exactly: whole ones as integers, all others as the nearest f64. A byte order mark is passed over.
 // Throws InputError "file:line:column: reason".
-void ParseJson(const MappedFile& mapped, const std::string& file, rapidjson::Document& document);
+void ParseJson(std::string_view text, const std::string& file, LongLists longLists, rapidjson::Document& document);
 
 // Adds the JSON pointer from one value to another one inside it to the front of `place`; false when it isn't
 // there.

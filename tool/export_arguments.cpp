@@ -120,6 +120,10 @@ void AddReportOptions(CLI::App& command, ExportArguments& arguments) {
       ->type_name("auto|none|bar|plain")
       ->check(CLI::IsMember(kWishes).description(""));
   command.add_option("--report", arguments.reportFile, "write a report of the export as JSON")->type_name("FILE");
+  command
+      .add_option("--preview", arguments.previewPage,
+                  "write a page that shows the exported model, ending in .html")
+      ->type_name("PAGE");
   command.add_flag_callback(
       "--strict", [&arguments] { arguments.strictness = Strictness::Strict; },
       "end with 1 when there were warnings or errors; the output stands");
@@ -170,14 +174,14 @@ void CheckTargets(const ExportArguments& arguments) {
   std::set<fs::path> written;
   for (const fs::path& file : {arguments.output, fs::path(arguments.output).replace_extension(".bin")})
     written.insert(fs::absolute(file).lexically_normal());
-  const std::pair<const char*, const fs::path&> others[] = {{"--log", arguments.logFile},
-                                                            {"--report", arguments.reportFile}};
+  const std::pair<const char*, const fs::path&> others[] = {
+      {"--log", arguments.logFile}, {"--report", arguments.reportFile}, {"--preview", arguments.previewPage}};
   for (const auto& [flag, file] : others)
     if (!file.empty() && !written.insert(fs::absolute(file).lexically_normal()).second)
       throw CLI::ValidationError(flag, "'" + file.string() + "' is written by the export");
 }
 
-void CheckOutputName(const ExportArguments& arguments) {
+void CheckOutputNames(const ExportArguments& arguments) {
   const std::string extension = arguments.output.extension().string();
   const std::string known = ExtensionOf(KindOf(arguments.output));
   const bool fits =
@@ -185,6 +189,8 @@ void CheckOutputName(const ExportArguments& arguments) {
                  [](char given, char wanted) { return given == wanted || given == wanted - 'a' + 'A'; });
   if (!fits)
     throw CLI::ValidationError("--output", "'" + arguments.output.string() + "' does not end in .glb or .gltf");
+  if (!arguments.previewPage.empty() && arguments.previewPage.extension() != ".html")
+    throw CLI::ValidationError("--preview", "'" + arguments.previewPage.string() + "' does not end in .html");
 }
 
 }  // namespace
@@ -194,7 +200,7 @@ RunCommand AddExport(CLI::App& app) {
   const auto arguments = std::make_shared<ExportArguments>();
   AddOptions(command, *arguments);
   command.callback([arguments] {
-    CheckOutputName(*arguments);
+    CheckOutputNames(*arguments);
     CheckTargets(*arguments);
   });
   return [arguments] { return RunExport(*arguments, Report(arguments->verbosity)); };

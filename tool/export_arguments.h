@@ -28,6 +28,7 @@ struct ExportArguments {
   std::vector<UserValue> userValues;              // in the order given
   std::filesystem::path logFile;                  // empty for none
   std::filesystem::path reportFile;               // empty for none
+  std::filesystem::path previewPage;              // empty for none
   std::filesystem::path module;                   // empty: found beside the command
   Verbosity verbosity = Verbosity::Normal;
   ProgressWish progress = ProgressWish::Auto;

@@ -12,6 +12,7 @@
 #include "tool/module_loader.h"
 #include "tool/output_check.h"
 #include "tool/output_error.h"
+#include "tool/preview_page.h"
 #include "tool/report_file.h"
 #include "tool/report_table.h"
 #include "tool/staging.h"
@@ -45,6 +46,7 @@ class ExportRun {
   void Run();
 
  private:
+  void ExportToFile();
   headless::SceneData ReadInput();
   void SettleImages(headless::SceneData& scene);
   void SetUserValues(headless::SceneData& scene);
@@ -53,6 +55,7 @@ class ExportRun {
   void NoteMessage(const headless::LogLine& line);
   void Check(const headless::Host& host, const fs::path& file);
   void MoveIntoPlace(const Staging& staging);
+  void WritePage();
   void AddNotCarried(NotCarried entry);
   std::vector<fs::path> WrittenFiles() const;
 
@@ -77,6 +80,11 @@ std::string StagedName(const fs::path& output) {
 
 void ExportRun::Run() {
   CheckName(arguments_.output);
+  ExportToFile();
+  if (!arguments_.previewPage.empty()) WritePage();
+}
+
+void ExportRun::ExportToFile() {
   const Staging staging(arguments_.output, StagedName(arguments_.output));
   for (const std::string& note : staging.Notes()) report_.Note(note);
   stages_.Begin(Stage::Reading);
@@ -134,7 +142,8 @@ void ExportRun::SettleImages(headless::SceneData& scene) {
 }
 
 std::vector<fs::path> ExportRun::WrittenFiles() const {
-  std::vector<fs::path> written = {arguments_.output, arguments_.logFile, arguments_.reportFile};
+  std::vector<fs::path> written = {arguments_.output, arguments_.logFile, arguments_.reportFile,
+                                   arguments_.previewPage};
   if (KindOf(arguments_.output) == OutputKind::Gltf)
     written.push_back(fs::path(arguments_.output).replace_extension(".bin"));
   return written;
@@ -197,6 +206,18 @@ void ExportRun::MoveIntoPlace(const Staging& staging) {
     outcome_.written->bytes += outcome_.files.back().bytes;
     report_.Note(file.string());
   }
+}
+
+void ExportRun::WritePage() {
+  std::vector<std::string> warnings;
+  for (const MessageGroup& message : report_.Messages()) warnings.push_back(message.text);
+  try {
+    WritePreviewPage(arguments_.output, arguments_.previewPage, warnings);
+  } catch (const readers::InputError& error) {
+    // The export stands; what can't be shown is not the input's fault.
+    throw OutputError(arguments_.previewPage.string() + ": not written: " + error.what());
+  }
+  report_.Note(arguments_.previewPage.string());
 }
 
 void ExportRun::AddNotCarried(NotCarried entry) {

@@ -280,13 +280,13 @@ ModelFile ModelReader::Read() {
   const Chunks chunks = bytes.starts_with(kMagic) ? SplitGlb(bytes, name_) : Chunks{bytes, std::nullopt};
   if (chunks.json.size() > kLargestJson)
     throw readers::InputError(name_ + ": its JSON takes more than " + std::to_string(kLargestJson >> 20) + " MiB");
-  readers::ParseJson(chunks.json, name_, root_);
+  readers::ParseJson(chunks.json, name_, readers::LongLists::InTree, root_);
   try {
     CheckModel(root_);
     ReadBuffers(chunks.binary);
     ReadImages();
   } catch (const readers::JsonFault& fault) {
-    const std::string place = readers::JsonPlace(root_, *fault.value);
+    const std::string place = readers::JsonPlace(root_, fault);
     throw readers::InputError(name_ + ": " + (place.empty() ? "" : place + ": ") + fault.reason);
   }
   WriteGlb();
