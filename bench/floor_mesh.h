@@ -1,12 +1,15 @@
 // What the bare programs share: the least work from triangle corners to a .glb. No options, no checks.
 #pragma once
 
+#include "bench/bench_scenes.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <limits>
 #include <string>
 #include <vector>
@@ -22,6 +25,17 @@ struct FloorMesh {
   std::vector<float> points, uvs, normals;  // three, two and three numbers each
   std::vector<FloorCorner> corners;         // three per triangle
 };
+
+// The wavy grid, with its values looked up per corner.
+inline FloorMesh FloorGrid(std::int64_t triangles) {
+  const headless::MeshData grid = WavyMesh(triangles);
+  const headless::MeshMapData &normals = grid.maps[0], &uvs = grid.maps[1];
+  const auto copied = [](const headless::Array<float>& array) { return std::vector(array.begin(), array.end()); };
+  FloorMesh mesh{copied(grid.points), copied(uvs.values), copied(normals.values), {}};
+  for (const std::uint32_t point : grid.polygonPoints)
+    mesh.corners.push_back({point, uvs.pointValues[point], normals.pointValues[point]});
+  return mesh;
+}
 
 // Corners of a point with the same UV and normal are one vertex, looked for in a short list per point.
 struct FloorFold {
@@ -137,10 +151,21 @@ inline void WriteFolded(const FloorMesh& mesh, const char* path) {
                 Bounds(positions));
 }
 
-// Prints seconds since `start` and nanoseconds a corner.
-inline void PrintTime(std::chrono::steady_clock::time_point start, std::size_t corners) {
-  const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-  std::printf("%.4f s  %.1f ns/corner\n", taken.count(), taken.count() * 1e9 / static_cast<double>(corners));
-}
+// Measures a step from where it is made.
+class StepTimer {
+ public:
+  // Prints wall seconds and nanoseconds a corner, and the latter of processor time, which other programs disturb less.
+  void Print(std::size_t corners) const {
+    const std::chrono::duration<double> wall = std::chrono::steady_clock::now() - wall_;
+    const double processor = static_cast<double>(std::clock() - processor_) / CLOCKS_PER_SEC;
+    const double perCorner = 1e9 / static_cast<double>(corners);
+    std::printf("%.4f s  %.1f ns/corner  (processor %.1f ns/corner)\n", wall.count(), wall.count() * perCorner,
+                processor * perCorner);
+  }
+
+ private:
+  std::chrono::steady_clock::time_point wall_ = std::chrono::steady_clock::now();
+  std::clock_t processor_ = std::clock();
+};
 
 }  // namespace bench

@@ -85,8 +85,8 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: floor_obj INPUT.obj OUTPUT.glb\n");
     return 2;
   }
-  const auto start = std::chrono::steady_clock::now();
+  const bench::StepTimer timer;
   const bench::FloorMesh mesh = ParseText(MapFile(argv[1]));
   bench::WriteFolded(mesh, argv[2]);
-  bench::PrintTime(start, mesh.corners.size());
+  timer.Print(mesh.corners.size());
 }
