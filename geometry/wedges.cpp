@@ -39,7 +39,8 @@ std::uint64_t HashOf(const CornerValues& corner) {
   return hash;
 }
 
-void AddWedge(MeshScanState& scan, std::uint32_t place, const CornerValues& corner) {
+// Apart from the fold of most corners, which it would slow down there.
+[[gnu::noinline]] std::uint32_t AddWedge(MeshScanState& scan, std::uint32_t place, const CornerValues& corner) {
   GltfMesh& mesh = *scan.currentMesh;
   mesh.positionIndex.push_back(place);
   mesh.normals.push_back(Normalised(corner.normal));
@@ -51,16 +52,19 @@ void AddWedge(MeshScanState& scan, std::uint32_t place, const CornerValues& corn
   for (std::size_t k = 0; k < scan.colorScans.size(); ++k)
     scan.colorScans[k].colorMap->data.push_back(corner.colors[k]);
   if (!scan.tangentScans.empty()) scan.tangentScans[0].tangentMap->indices.push_back(corner.tangent);
+  return scan.wedgesOfPoint.Append(place, [&] { return HashOf(corner); });
 }
 
 void FoldCorner(MeshScanState& scan, std::uint32_t place, const CornerValues& corner) {
   std::uint32_t wedge = scan.wedgesOfPoint.Find(
       place, [&](std::uint32_t known) { return IsWedge(scan, known, corner); }, [&] { return HashOf(corner); });
-  if (wedge == PointFold::kNone) {
-    wedge = scan.wedgesOfPoint.Append(place, [&] { return HashOf(corner); });
-    AddWedge(scan, place, corner);
-  }
+  if (wedge == PointFold::kNone) wedge = AddWedge(scan, place, corner);
   scan.currentMesh->wedgeIndex.push_back(wedge);
+}
+
+template <class T, std::size_t N>
+bool HasZero(const std::array<T, N>& value) {
+  return std::any_of(value.begin(), value.end(), [](T number) { return number == 0; });
 }
 
 template <class T, std::size_t N>
@@ -75,7 +79,8 @@ void UnifyZeros(std::vector<std::array<T, N>>& values) {
   if (!HasNegativeZero(values)) return;
   ValueTable<T, N> table;
   std::vector<std::array<T, N>> distinct;
-  for (std::array<T, N>& value : values) value = distinct[table.Fold(value, distinct)];
+  for (std::array<T, N>& value : values)
+    if (HasZero(value)) value = distinct[table.Fold(value, distinct)];
 }
 
 void UnifyZerosOfPoints(const GltfMesh& mesh, UvScan& uv) {
@@ -83,7 +88,7 @@ void UnifyZerosOfPoints(const GltfMesh& mesh, UvScan& uv) {
   ValueTable<double, 3> table;  // holds point numbers and f32 values exactly
   std::vector<std::array<double, 3>> distinct;
   for (std::size_t wedge = 0; wedge < uv.uvMap->data.size(); ++wedge) {
-    if (uv.missing[wedge] != 0) continue;
+    if (uv.missing[wedge] != 0 || !HasZero(uv.uvMap->data[wedge])) continue;
     auto& [u, v] = uv.uvMap->data[wedge];
     const auto& first = distinct[table.Fold({static_cast<double>(mesh.positionIndex[wedge]), u, v}, distinct)];
     u = static_cast<float>(first[1]);

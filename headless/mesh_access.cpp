@@ -220,14 +220,15 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyTriangleMaps> {
   // Makes the polygon's corner at the point current. The questions about a corner come in a row.
   bool FindCorner(ZyPointId id) { return (corner_ != kNone && id == cornerId_) || FindOtherCorner(id); }
 
-  bool FindOtherCorner(ZyPointId id);
+  [[gnu::noinline]] bool FindOtherCorner(ZyPointId id);
 
   // The same for three corners; false when one of them isn't there.
   bool FindTriangle(const ZyPointId (&ids)[3]) {
     return (hasTriangle_ && std::equal(ids, ids + 3, triangleIds_)) || FindOtherTriangle(ids);
   }
 
-  bool FindOtherTriangle(const ZyPointId (&ids)[3]);
+  // Apart from the questions, most of which need no search.
+  [[gnu::noinline]] bool FindOtherTriangle(const ZyPointId (&ids)[3]);
 
   std::shared_ptr<MeshStore> store_;
   const MeshData& mesh_;
