@@ -18,7 +18,7 @@ constexpr AddCommand kCommands[] = {AddExport, AddInfo, AddLoadOptions, AddPrevi
 
 int RunCommandLine(int argc, const char* const* argv) {
   CLI::App app("Exports scenes of the Orvo 3D application to glTF 2.0.", "vornel");
-  app.set_version_flag("--version", "vornel " VORNEL_VERSION);
+  app.set_version_flag("--version", "vornel " VORNEL_VERSION "\n" VORNEL_BUILD_FACTS);
   app.require_subcommand(1);
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return std::string("vornel: error: ") + error.what() + " (see --help)\n";

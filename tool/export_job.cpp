@@ -1,7 +1,9 @@
 #include "tool/export_job.h"
 
 #include "headless/host.h"
+#include "headless/module_loader.h"
 #include "headless/host_paths.h"
+#include "readers/program_files.h"
 #include "readers/read_scene.h"
 #include "tool/export_plan.h"
 #include "tool/image_copies.h"
@@ -9,7 +11,6 @@
 #include "tool/index_bits.h"
 #include "tool/input_check.h"
 #include "tool/log_file.h"
-#include "tool/module_loader.h"
 #include "tool/output_check.h"
 #include "tool/output_error.h"
 #include "tool/preview_page.h"
@@ -181,7 +182,7 @@ void ExportRun::SaveLogged(headless::Host& host, const fs::path& file) {
 // Runs the saver that the output's extension asks for. It gets no monitor, with which it would count the messages
 // of its scan apart and log another summary.
 void ExportRun::Save(headless::Host& host, const fs::path& file) {
-  const LoadedModule module(arguments_.module.empty() ? DefaultModulePath() : arguments_.module, host);
+  const headless::LoadedModule module(arguments_.module.empty() ? readers::ModuleFile() : arguments_.module, host);
   const CountedRef<IZySaver> saver = module.NewSaver(KindOf(file) == OutputKind::Glb ? "gltf.bin" : "gltf.gltf");
   const zyresult result = saver.Raw()->Save(host.Scene(), headless::ToHostPath(file.string()).c_str(), nullptr);
   if (ZyFailed(result))
@@ -247,7 +248,7 @@ std::optional<Failure> FailureOf(const fs::path& file, Function run) {
     return std::nullopt;
   } catch (const readers::InputError& error) {
     return Failure{kInput, error.what()};
-  } catch (const ModuleError& error) {
+  } catch (const headless::ModuleError& error) {
     return Failure{kUsage, error.what()};
   } catch (const OutputError& error) {
     return Failure{kOutput, error.what()};
