@@ -4,9 +4,11 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(g++ clang cmake ninja-build ccache nodejs npm chromium
-          rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev
+          rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev libxxhash-dev
           libassimp-dev libseccomp-dev pkg-config
           libgtest-dev libgmock-dev libbenchmark-dev)
+# What the tests with other programs need besides: a scheduler and a runner of jobs.
+if [ "${1:-}" = --with-npm ]; then packages+=(slurm-wlm munge parallel); fi
 
 missing=()
 for package in "${packages[@]}"; do
