@@ -99,6 +99,9 @@ void ExportRun::ExportToFile() {
 
 headless::SceneData ExportRun::ReadInput() {
   headless::SceneData scene = readers::ReadScene(arguments_.input, arguments_.reading, read_);
+  outcome_.sources = {arguments_.input};
+  for (const std::vector<fs::path>* files : {&read_.files, &read_.missing})
+    outcome_.sources.insert(outcome_.sources.end(), files->begin(), files->end());
   CheckInputStays(arguments_.input, read_.files, WrittenFiles());
   for (const std::string& warning : read_.warnings) {
     report_.Warning(warning);
@@ -135,6 +138,9 @@ void ExportRun::SettleImages(headless::SceneData& scene) {
     CheckImageCopies(scene, arguments_.output, arguments_.input, images);
     if (staged != arguments_.output) CheckImageCopies(scene, staged, arguments_.input, images);
   }
+  const std::vector<fs::path>& own = read_.temporaryImages;
+  for (fs::path& file : images.files)
+    if (std::find(own.begin(), own.end(), file) == own.end()) outcome_.sources.push_back(std::move(file));
   for (const std::string& note : images.notes) report_.Note(note);
   for (const std::string& warning : images.warnings) {
     report_.Warning(warning);
@@ -143,8 +149,8 @@ void ExportRun::SettleImages(headless::SceneData& scene) {
 }
 
 std::vector<fs::path> ExportRun::WrittenFiles() const {
-  std::vector<fs::path> written = {arguments_.output, arguments_.logFile, arguments_.reportFile,
-                                   arguments_.previewPage};
+  std::vector<fs::path> written = SideFiles(arguments_);
+  written.push_back(arguments_.output);
   if (KindOf(arguments_.output) == OutputKind::Gltf)
     written.push_back(fs::path(arguments_.output).replace_extension(".bin"));
   return written;
@@ -286,22 +292,25 @@ ExportOutcome ExportScene(const ExportArguments& arguments, const Report& report
   return outcome;
 }
 
-int RunExport(const ExportArguments& arguments, const Report& report) {
+ExportOutcome RunExport(const ExportArguments& arguments, const Report& report) {
   // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
   for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
-  ExitCode exitCode = kDone;
+  ExportOutcome outcome;
   const std::optional<Failure> failure = FailureOf(arguments.reportFile, [&] {
     std::optional<ReportFile> file;
     if (!arguments.reportFile.empty()) file.emplace(arguments.reportFile);
-    const ExportOutcome outcome = ExportScene(arguments, report);
-    exitCode = outcome.exitCode;
+    outcome = ExportScene(arguments, report);
     if (outcome.written)
       for (const std::string& line : ReportTable(outcome)) report.Note(line);
     if (file) file->Write(ReportJson(arguments, outcome));
   });
-  if (!failure) return exitCode;
+  if (!failure) return outcome;
   report.Error(failure->text);
-  return exitCode == kDone || exitCode == kWarnings ? failure->exitCode : exitCode;
+  if (outcome.exitCode == kDone || outcome.exitCode == kWarnings) {
+    outcome.exitCode = failure->exitCode;
+    outcome.error = failure->text;
+  }
+  return outcome;
 }
 
 }  // namespace tool
