@@ -1,8 +1,7 @@
 #include "tool/batch_record.h"
 
-#include "readers/foreign_reader.h"
+#include "readers/program_files.h"
 #include "tool/content_hash.h"
-#include "tool/module_loader.h"
 #include "tool/output_error.h"
 #include "tool/staging.h"
 
@@ -57,8 +56,8 @@ struct Program {
 // Whatever turns the input into the output.
 std::vector<Program> ProgramsOf(const ExportArguments& arguments) {
   return {{"command", "/proc/self/exe"},
-          {"importer", readers::ImporterPath()},
-          {"module", arguments.module.empty() ? DefaultModulePath() : arguments.module}};
+          {"importer", readers::ImporterFile()},
+          {"module", arguments.module.empty() ? readers::ModuleFile() : arguments.module}};
 }
 
 class RecordText {
