@@ -1,8 +1,8 @@
 // What all parts of the host share.
 #pragma once
 
-#include "headless/demand.h"
 #include "headless/channel_values.h"
+#include "headless/demand.h"
 #include "headless/evaluator.h"
 #include "headless/mesh_access.h"
 #include "headless/scene_index.h"

@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 packages=(g++ clang cmake ninja-build ccache nodejs npm chromium
           rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev
-          libassimp-dev libseccomp-dev pkg-config
+          libassimp-dev libseccomp-dev libpng-dev pkg-config valgrind slurm-wlm munge parallel man-db
           libgtest-dev libgmock-dev libbenchmark-dev)
 
 missing=()

@@ -41,10 +41,9 @@ bool Holds(Bytes view, const fs::path& file) {
 
 void CheckEmbedded(const WrittenDocument& document, std::uint64_t view, std::size_t image,
                    const std::set<fs::path>& files) {
-  const auto views = ArrayOf(document.root, "bufferViews");
-  if (view >= views.Size()) throw WriteFault(fmt::format("image {} names buffer view {}", image, view));
-  const rapidjson::Value& found = views[static_cast<rapidjson::SizeType>(view)];
-  const Bytes bytes = document.buffer.subspan(NumberOf(found, "byteOffset"), NumberOf(found, "byteLength"));
+  const std::vector<OutlineView>& views = document.outline.views;
+  if (view >= views.size()) throw WriteFault(fmt::format("image {} names buffer view {}", image, view));
+  const Bytes bytes = document.buffer.subspan(views[view].byteOffset, views[view].byteLength);
   if (std::any_of(files.begin(), files.end(), [&](const fs::path& file) { return Holds(bytes, file); })) return;
   throw WriteFault(
       fmt::format("its image {} of {} bytes is not what any image file of the scene holds: one can't be "
@@ -67,16 +66,14 @@ void CheckCopy(const fs::path& copy, const std::set<fs::path>& files) {
 }  // namespace
 
 void CheckImages(const WrittenDocument& document, const fs::path& directory, const headless::SceneData& scene) {
-  const auto images = ArrayOf(document.root, "images");
-  if (images.Empty()) return;
+  const std::vector<OutlineImage>& images = document.outline.images;
+  if (images.empty()) return;
   const std::set<fs::path> files = ImageFiles(scene);
-  for (std::size_t index = 0; index < images.Size(); ++index) {
-    const rapidjson::Value& image = images[static_cast<rapidjson::SizeType>(index)];
-    const auto uri = image.FindMember("uri");
-    if (uri == image.MemberEnd())
-      CheckEmbedded(document, NumberOf(image, "bufferView"), index, files);
-    else if (uri->value.IsString())
-      CheckCopy(directory / std::string(uri->value.GetString(), uri->value.GetStringLength()), files);
+  for (std::size_t index = 0; index < images.size(); ++index) {
+    if (images[index].uri)
+      CheckCopy(directory / *images[index].uri, files);
+    else
+      CheckEmbedded(document, images[index].bufferView, index, files);
   }
 }
 

@@ -5,7 +5,7 @@
 #include "tool/image_check.h"
 
 #include <fmt/core.h>
-#include <rapidjson/error/en.h>
+#include <rapidjson/document.h>
 
 #include <cerrno>
 #include <cmath>
@@ -18,20 +18,11 @@ namespace tool {
 namespace {
 
 using Bytes = std::span<const std::byte>;
-using Json = rapidjson::Value;
 
 constexpr std::uint32_t kComponentFloat = 5126;
 constexpr std::uint32_t kComponentU16 = 5123;
 
 std::string_view TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
-
-std::uint64_t ComponentCount(const Json& accessor) {
-  static constexpr std::pair<const char*, std::uint64_t> kTypes[] = {
-      {"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}, {"MAT4", 16}};
-  for (const auto& [type, count] : kTypes)
-    if (accessor["type"] == type) return count;
-  return 0;
-}
 
 // A float is finite when its exponent isn't all ones.
 bool AllFinite(Bytes floats) {
@@ -60,60 +51,58 @@ class DocumentCheck {
       : document_(document), scene_(scene) {}
 
   void Parse() {
-    rapidjson::Document& root = document_.root;
     const std::string_view json = TextOf(document_.json);
-    root.Parse<rapidjson::kParseIterativeFlag>(json.data(), json.size());
-    if (!root.HasParseError() && root.IsObject()) return;
+    const std::optional<JsonError> error = ReadOutline(json, document_.outline);
+    if (!error) return;
     if (const std::optional<CutJson> cut = CompleteCutJson(json)) {
-      rapidjson::Document completed;
-      completed.Parse<rapidjson::kParseIterativeFlag>(cut->text.data(), cut->text.size());
+      const rapidjson::Document completed = ParseTree(cut->text);
       if (!completed.HasParseError())
         throw WriteFault("a number that is infinite or not a number: " +
                          PlaceOfNumber(completed, cut->path, scene_));
     }
-    throw WriteFault(fmt::format("its JSON is broken: {} at byte {}",
-                                 rapidjson::GetParseError_En(root.GetParseError()), root.GetErrorOffset()));
+    throw WriteFault(fmt::format("its JSON is broken: {} at byte {}", error->reason, error->offset));
   }
 
   void CheckBuffer() const {
-    const auto buffers = ArrayOf(document_.root, "buffers");
-    const std::uint64_t length = buffers.Empty() ? 0 : NumberOf(buffers[0], "byteLength");
-    if (length != document_.buffer.size())
-      throw WriteFault(
-          fmt::format("its buffer has {} bytes where the JSON says {}", document_.buffer.size(), length));
-    std::size_t index = 0;
-    for (const Json& view : ArrayOf(document_.root, "bufferViews")) {
-      if (NumberOf(view, "byteOffset") + NumberOf(view, "byteLength") > length)
+    const OutputOutline& outline = document_.outline;
+    if (outline.bufferLength != document_.buffer.size())
+      throw WriteFault(fmt::format("its buffer has {} bytes where the JSON says {}", document_.buffer.size(),
+                                   outline.bufferLength));
+    for (std::size_t index = 0; index < outline.views.size(); ++index)
+      if (outline.views[index].byteOffset + outline.views[index].byteLength > outline.bufferLength)
         throw WriteFault(fmt::format("buffer view {} reaches beyond the buffer", index));
-      ++index;
-    }
   }
 
   void CheckAccessors(const ShareSink& told) const {
-    const auto accessors = ArrayOf(document_.root, "accessors");
     std::uint64_t bytes = 0;
-    for (std::size_t index = 0; index < accessors.Size(); ++index) {
-      bytes += CheckAccessor(accessors[static_cast<rapidjson::SizeType>(index)], index);
+    for (std::size_t index = 0; index < document_.outline.accessors.size(); ++index) {
+      bytes += CheckAccessor(index);
       told(static_cast<double>(bytes) / static_cast<double>(document_.buffer.size() + 1));
     }
   }
 
  private:
+  static rapidjson::Document ParseTree(std::string_view json) {
+    rapidjson::Document root;
+    root.Parse<rapidjson::kParseIterativeFlag>(json.data(), json.size());
+    return root;
+  }
+
   // Returns its bytes.
-  std::uint64_t CheckAccessor(const Json& accessor, std::size_t index) const {
-    const auto views = ArrayOf(document_.root, "bufferViews");
-    const std::uint64_t view = NumberOf(accessor, "bufferView");
-    if (view >= views.Size()) throw WriteFault(fmt::format("accessor {} names buffer view {}", index, view));
-    const Json& bufferView = views[static_cast<rapidjson::SizeType>(view)];
-    const std::uint64_t type = NumberOf(accessor, "componentType");
-    const std::uint64_t size = type == kComponentU16 ? 2 : 4;
-    const std::uint64_t needed = NumberOf(accessor, "count") * ComponentCount(accessor) * size;
-    if (needed > NumberOf(bufferView, "byteLength"))
+  std::uint64_t CheckAccessor(std::size_t index) const {
+    const OutlineAccessor& accessor = document_.outline.accessors[index];
+    const std::vector<OutlineView>& views = document_.outline.views;
+    if (accessor.bufferView >= views.size())
+      throw WriteFault(fmt::format("accessor {} names buffer view {}", index, accessor.bufferView));
+    const OutlineView& view = views[accessor.bufferView];
+    const std::uint64_t size = accessor.componentType == kComponentU16 ? 2 : 4;
+    const std::uint64_t needed = accessor.count * accessor.components * size;
+    if (needed > view.byteLength)
       throw WriteFault(fmt::format("accessor {} reaches beyond its buffer view", index));
-    const Bytes values = document_.buffer.subspan(NumberOf(bufferView, "byteOffset"), needed);
-    if (type == kComponentFloat && !AllFinite(values))
+    const Bytes values = document_.buffer.subspan(view.byteOffset, needed);
+    if (accessor.componentType == kComponentFloat && !AllFinite(values))
       throw WriteFault((HasNan(values) ? "a value that is not a number: " : "an infinite value: ") +
-                       PlaceOfAccessor(document_.root, index, scene_));
+                       PlaceOfAccessor(ParseTree(TextOf(document_.json)), index, scene_));
     return needed;
   }
 

@@ -63,15 +63,4 @@ WrittenDocument OpenDocument(const std::filesystem::path& file) {
   return document;
 }
 
-std::uint64_t NumberOf(const rapidjson::Value& object, const char* key) {
-  const auto member = object.FindMember(key);
-  return member != object.MemberEnd() && member->value.IsUint64() ? member->value.GetUint64() : 0;
-}
-
-rapidjson::Value::ConstArray ArrayOf(const rapidjson::Value& object, const char* key) {
-  static const rapidjson::Value none(rapidjson::kArrayType);
-  const auto member = object.FindMember(key);
-  return (member != object.MemberEnd() && member->value.IsArray() ? member->value : none).GetArray();
-}
-
 }  // namespace tool

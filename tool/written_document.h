@@ -2,8 +2,7 @@
 #pragma once
 
 #include "readers/mapped_file.h"
-
-#include <rapidjson/document.h>
+#include "tool/output_outline.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -33,16 +32,10 @@ struct WrittenDocument {
   std::shared_ptr<const readers::MappedFile> file, binary;  // the second of a .gltf alone
   std::span<const std::byte> json;
   std::span<const std::byte> buffer;
-  rapidjson::Document root;  // see ParseDocument
+  OutputOutline outline;  // of the JSON, filled by its check
 };
 
 // Maps a .glb, or a .gltf with the .bin beside it, and checks the lengths of the container. Throws WriteFault.
 WrittenDocument OpenDocument(const std::filesystem::path& file);
-
-// The member's number, 0 when there is none.
-std::uint64_t NumberOf(const rapidjson::Value& object, const char* key);
-
-// The member's entries, an empty array when there is none.
-rapidjson::Value::ConstArray ArrayOf(const rapidjson::Value& object, const char* key);
 
 }  // namespace tool
