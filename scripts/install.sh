@@ -4,7 +4,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(g++ clang cmake ninja-build ccache nodejs npm chromium
-          rapidjson-dev libassimp-dev libpng-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev
+          rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev
+          libassimp-dev libpng-dev
           libgtest-dev libgmock-dev libbenchmark-dev)
 
 missing=()
