@@ -5,12 +5,12 @@
 
 #include <array>
 #include <cstddef>
+#include <string_view>
+#include <vector>
 
-// An output stream for the JSON writer too. After the first failure it writes nothing more.
+// After the first failure it writes nothing more.
 class FileStream {
  public:
-  using Ch = char;
-
   // Replaces the file.
   explicit FileStream(const std::string& path) : file_(OpenForWriting(path)), failed_(!file_) {}
 
@@ -23,6 +23,9 @@ class FileStream {
   }
   // In one piece, past the buffer.
   void Write(const void* data, std::size_t byteCount);
+  void Write(const std::vector<std::string_view>& pieces) {
+    for (const std::string_view piece : pieces) Write(piece.data(), piece.size());
+  }
   void Flush();
 
   bool Failed() const { return failed_; }

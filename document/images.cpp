@@ -1,7 +1,6 @@
 #include "document/images.h"
 
 #include "document/buffers.h"
-#include "document/json_values.h"
 #include "saver/log_message.h"
 
 #include <algorithm>
@@ -58,24 +57,24 @@ std::optional<std::uint32_t> AddImage(GltfDocument& document, const GltfImageFil
     return std::nullopt;
   }
 
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue object(rapidjson::kObjectType);
-  if (const char* mimeType = kMimeTypes[static_cast<std::size_t>(image.kind)])
-    object.AddMember("mimeType", rapidjson::StringRef(mimeType), allocator);
+  JsonText& text = document.json->images.Append();
+  text.StartObject();
+  if (const char* mimeType = kMimeTypes[static_cast<std::size_t>(image.kind)]) text.Member("mimeType", mimeType);
   GltfDataBlock block;
   block.data = image.path;
   block.kind = GltfDataKind::ImageFile;
   block.byteLength = *length + PaddingOf(*length);
   if (document.format == GltfFormat::Glb) {
     block.padding = PaddingOf(*length);
-    const std::uint32_t offset = GrowBuffer(document, 0, block.byteLength);
-    object.AddMember("bufferView", AddBufferView(document, 0, block.byteLength, offset, 0, 0), allocator);
+    const std::uint32_t offset = GrowBuffer(document, block.byteLength);
+    text.Member("bufferView", AddBufferView(document, 0, block.byteLength, offset, 0, 0));
   } else {
     // The copy is a file of its own: the length is only a note and the buffer doesn't grow.
-    object.AddMember("uri", TextValue(FileNameOf(image.path), allocator), allocator);
+    text.Member("uri", FileNameOf(image.path));
   }
+  text.EndObject();
   AddDataBlock(document, std::move(block));
-  const std::uint32_t index = AppendValue(document.json.images, std::move(object), allocator);
+  const std::uint32_t index = document.json->images.Size() - 1;
   document.imageIndex.insert({image.path, index});
   return index;
 }

@@ -68,6 +68,7 @@ class ChannelValues {
   const ChannelValue& StoredValue(Layer layer, ChannelRef ref) const;
   double OwnNumber(const ReadState& state, const Slot& slot) const;
   double DrivenNumber(const ReadState& state, const Slot& slot) const;
+  void StartMemo(const ReadState& state) const;
   void AddSlots();
   void Show(ChannelRef ref, Layer layer);
   void AddLinks();
@@ -80,7 +81,18 @@ class ChannelValues {
   std::vector<Activity> activities_;   // per item
   std::vector<ItemIndex> clipGroups_;  // per item: the group that lists the clip, -1 for none
   std::uint32_t revision_ = 0;
-  mutable std::vector<const ChannelLink*> linkPath_;  // scratch
+
+  // The numbers that links have given in one state, so that a chain of links isn't walked from each of its
+  // channels anew.
+  struct LinkMemo {
+    ReadState state;
+    std::uint32_t revision = 0;
+    std::uint32_t stamp = 0;            // 0: nothing is known
+    std::vector<double> numbers;        // by link
+    std::vector<std::uint32_t> stamps;  // a number is known when its stamp is the current one
+  };
+  mutable LinkMemo memo_;
+  mutable std::vector<std::int32_t> linkPath_;  // scratch
 };
 
 // Numbers as an integer channel holds them: towards zero, within range.

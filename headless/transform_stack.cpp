@@ -1,21 +1,15 @@
 #include "headless/transform_stack.h"
 
 #include <cmath>
+#include <string_view>
 
 namespace headless {
 
 namespace {
 
-struct TransformType {
-  const char* type;
-  const char* channels[3];
-};
-
-constexpr TransformType kVectorTransforms[] = {
-    {"translation", {"pos.X", "pos.Y", "pos.Z"}},
-    {"rotation", {"rot.X", "rot.Y", "rot.Z"}},
-    {"scale", {"scl.X", "scl.Y", "scl.Z"}},
-};
+// By vector kind.
+constexpr std::string_view kVectorChannels[][3] = {
+    {"pos.X", "pos.Y", "pos.Z"}, {"rot.X", "rot.Y", "rot.Z"}, {"scl.X", "scl.Y", "scl.Z"}};
 
 // Axes of a rotation by its order channel; the first is the one that a point meets first.
 constexpr std::size_t kRotationOrders[][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
@@ -39,8 +33,11 @@ TransformStack::TransformStack(const SceneIndex& index, const ChannelValues& val
   const SceneData& scene = index.Scene();
   if (const auto graph = scene.graphs.find("xfrmCore"); graph != scene.graphs.end())
     stacks_ = LinkTable(index.ItemCount(), graph->second, LinkEnd::To);
+  const ItemTypes& types = index.Types();
+  const TransformTypes codes = {{types.Code("translation"), types.Code("rotation"), types.Code("scale")},
+                                {types.Code("transform"), types.Code("shear")}};
   for (std::size_t place = 0; place < scene.items.size(); ++place) {
-    const Transform transform = Describe(static_cast<ItemIndex>(place));
+    const Transform transform = Describe(static_cast<ItemIndex>(place), codes);
     if (transform.kind == Kind::Identity && transform.inverseOf < 0) continue;
     transformByItem_[place] = static_cast<std::int32_t>(transforms_.size());
     transforms_.push_back(transform);
@@ -48,21 +45,20 @@ TransformStack::TransformStack(const SceneIndex& index, const ChannelValues& val
   CutInverseCircles();
 }
 
-TransformStack::Transform TransformStack::Describe(ItemIndex item) const {
+TransformStack::Transform TransformStack::Describe(ItemIndex item, const TransformTypes& types) const {
   const ItemData& data = index_.Scene().items[At(item)];
-  const auto isOfType = [&](const char* type) { return index_.IsOfType(item, index_.Types().Code(type)); };
   Transform transform;
   transform.item = item;
   constexpr Kind kinds[] = {Kind::Translation, Kind::Rotation, Kind::Scale};
   for (std::size_t place = 0; place < std::size(kinds); ++place) {
-    if (!isOfType(kVectorTransforms[place].type)) continue;
+    if (!index_.IsOfType(item, types.vectors[place])) continue;
     transform.kind = kinds[place];
     for (std::size_t axis = 0; axis < 3; ++axis)
-      transform.channels[axis] = FindChannel(data, kVectorTransforms[place].channels[axis]);
+      transform.channels[axis] = FindChannel(data, kVectorChannels[place][axis]);
     if (transform.kind == Kind::Rotation) transform.order = FindChannel(data, "order");
     return transform;
   }
-  if (!isOfType("transform") && !isOfType("shear")) return transform;
+  if (!index_.IsOfType(item, types.matrices[0]) && !index_.IsOfType(item, types.matrices[1])) return transform;
   if (data.matrix) transform.kind = Kind::Matrix;
   if (index_.HasItem(data.inverseOf)) transform.inverseOf = data.inverseOf;
   return transform;

@@ -28,7 +28,13 @@ class TransformStack {
     ItemIndex inverseOf = -1;
   };
 
-  Transform Describe(ItemIndex item) const;
+  // Codes of the item types that transform.
+  struct TransformTypes {
+    std::array<std::uint32_t, 3> vectors;  // translation, rotation, scale
+    std::array<std::uint32_t, 2> matrices;
+  };
+
+  Transform Describe(ItemIndex item, const TransformTypes& types) const;
   void CutInverseCircles();
   // Applies the transform after what `matrix` does already.
   void Append(const ReadState& state, const Transform& transform, Matrix4& matrix) const;

@@ -71,8 +71,8 @@ bool IsCollada(const std::filesystem::path& file) {
 
 }  // namespace
 
-FolderAccess::FolderAccess(const std::filesystem::path& file)
-    : file_(std::filesystem::absolute(file).lexically_normal()) {
+FolderAccess::FolderAccess(const std::filesystem::path& file, std::vector<std::filesystem::path>& opened)
+    : file_(std::filesystem::absolute(file).lexically_normal()), opened_(opened) {
   std::error_code error;
   folder_ = std::filesystem::canonical(file_.parent_path(), error);
 }
@@ -100,6 +100,7 @@ Assimp::IOStream* FolderAccess::Open(const char* name, const char* mode) {
   if (path.empty()) return nullptr;
   try {
     auto file = readers::MappedFile::Open(path);
+    if (path != file_ && std::find(opened_.begin(), opened_.end(), path) == opened_.end()) opened_.push_back(path);
     if (IsCollada(path)) return new MappedStream(CloseUpText(file->Begin(), file->End()));
     return new MappedStream(std::move(file));
   } catch (const readers::InputError&) {

@@ -4,12 +4,14 @@
 #include <assimp/IOSystem.hpp>
 
 #include <filesystem>
+#include <vector>
 
 namespace importer {
 
 class FolderAccess : public Assimp::IOSystem {
  public:
-  explicit FolderAccess(const std::filesystem::path& file);
+  // Each file besides the input that is opened is entered in `opened`, which must outlive this.
+  FolderAccess(const std::filesystem::path& file, std::vector<std::filesystem::path>& opened);
 
   bool Exists(const char* name) const override;
   char getOsSeparator() const override { return '/'; }
@@ -23,6 +25,7 @@ class FolderAccess : public Assimp::IOSystem {
 
   std::filesystem::path file_;
   std::filesystem::path folder_;  // absolute, without symbolic links
+  std::vector<std::filesystem::path>& opened_;
 };
 
 }  // namespace importer

@@ -69,12 +69,15 @@ ImportedScene Convert(const aiScene& source, const ImportOptions& options) {
 
 ImportedScene ImportModel(const std::filesystem::path& file, const ImportOptions& options) {
   try {
+    std::vector<std::filesystem::path> files;
     Assimp::Importer reader;
-    reader.SetIOHandler(new FolderAccess(file));  // the reader's from here on
+    reader.SetIOHandler(new FolderAccess(file, files));  // the reader's from here on
     SetProperties(reader);
     const aiScene* source = reader.ReadFile(file.string(), 0);
     if (!source) throw ImportError(ReasonOf(reader, file));
-    return Convert(*source, options);
+    ImportedScene imported = Convert(*source, options);
+    imported.files = std::move(files);
+    return imported;
   } catch (const std::bad_alloc&) {
     throw ImportError("needs more memory than there is");
   }

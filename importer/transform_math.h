@@ -3,7 +3,7 @@
 
 #include "host/matrix4.h"
 
-#include <assimp/types.h>
+#include <assimp/types.h>  // matrix4x4.h declares operators that it leaves undefined
 
 #include <array>
 #include <optional>

@@ -2,6 +2,7 @@
 
 #include "headless/mesh_check.h"
 #include "host/fourcc.h"
+#include "readers/scene_lists.h"
 
 #include <fmt/format.h>
 
@@ -52,10 +53,13 @@ Array<std::uint32_t> Iota(std::size_t count) {
 void ReadPolygons(const Json& value, BinaryFiles& files, MeshData& mesh) {
   if (value.IsArray()) {
     Indices starts = {0}, points;
-    for (const Json& polygon : value.GetArray()) {
-      for (const Json& point : ReadList(polygon).GetArray()) points.push_back(ReadPoint(point, mesh.PointCount()));
+    starts.reserve(ListSize(value) + 1);
+    points.reserve(CountNumbers(value));
+    ForEachEntry(value, [&](const Json& polygon) {
+      ForEachEntry(ReadList(polygon),
+                   [&](const Json& point) { points.push_back(ReadPoint(point, mesh.PointCount())); });
       starts.push_back(static_cast<std::uint32_t>(points.size()));
-    }
+    });
     mesh.polygonStarts = std::move(starts);
     mesh.polygonPoints = std::move(points);
     return;
@@ -81,13 +85,15 @@ void ReadTriangles(const Json& value, BinaryFiles& files, MeshData& mesh) {
     return;
   }
   Indices starts = {0}, points;
-  for (const Json& polygon : value.GetArray()) {
-    for (const Json& triangle : ReadList(polygon).GetArray()) {
-      ReadList(triangle, 3);
-      for (const Json& point : triangle.GetArray()) points.push_back(ReadPoint(point, mesh.PointCount()));
-    }
+  starts.reserve(ListSize(value) + 1);
+  points.reserve(CountNumbers(value));
+  ForEachEntry(value, [&](const Json& polygon) {
+    ForEachEntry(ReadList(polygon), [&](const Json& triangle) {
+      for (const Json& point : ReadList(triangle, 3).GetArray())
+        points.push_back(ReadPoint(point, mesh.PointCount()));
+    });
     starts.push_back(static_cast<std::uint32_t>(points.size() / 3));
-  }
+  });
   mesh.triangleStarts = std::move(starts);
   mesh.trianglePoints = std::move(points);
 }
@@ -131,17 +137,20 @@ constexpr MapType kMapTypes[] = {{kMapNormal, 3, "Vertex Normal"}, {kMapRgb, 3, 
 Indices ReadGappedValues(const Json& values, MeshMapData& map) {
   Indices places;
   std::vector<float> numbers;
-  for (const Json& entry : values.GetArray()) {
+  places.reserve(ListSize(values));
+  numbers.reserve(CountNumbers(values));
+  ForEachEntry(values, [&](const Json& entry) {
     places.push_back(entry.IsNull() ? kNone : static_cast<std::uint32_t>(numbers.size() / map.dimension));
-    if (entry.IsNull()) continue;
+    if (entry.IsNull()) return;
     if (entry.IsArray()) {
-      for (const Json& number : ReadList(entry, map.dimension).GetArray()) numbers.push_back(ReadFloat(number));
+      ForEachEntry(ReadList(entry, map.dimension),
+                   [&](const Json& number) { numbers.push_back(ReadFloat(number)); });
     } else if (map.dimension == 1) {
       numbers.push_back(ReadFloat(entry));
     } else {
       Fail(entry, fmt::format("expected a list of {} numbers or null", map.dimension));
     }
-  }
+  });
   map.values = std::move(numbers);
   return places;
 }
@@ -150,8 +159,7 @@ Indices ReadGappedValues(const Json& values, MeshMapData& map) {
 Array<std::uint32_t> ReadOrderedValues(const Json& values, BinaryFiles& files, std::size_t count, const char* what,
                                        MeshMapData& map) {
   Array<std::uint32_t> places;
-  const auto isNull = [](const Json& entry) { return entry.IsNull(); };
-  if (values.IsArray() && std::any_of(values.Begin(), values.End(), isNull)) {
+  if (values.IsArray() && HoldsNull(values)) {
     places = ReadGappedValues(values, map);
   } else {
     map.values = ReadArray<float>(values, files, map.dimension);

@@ -5,7 +5,7 @@ cd "$(dirname "$0")/.."
 
 packages=(g++ clang cmake ninja-build ccache nodejs npm chromium
           rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev
-          libassimp-dev libpng-dev
+          libassimp-dev libseccomp-dev libpng-dev pkg-config valgrind slurm-wlm munge parallel man-db
           libgtest-dev libgmock-dev libbenchmark-dev)
 
 missing=()
@@ -24,7 +24,13 @@ if [ "${#missing[@]}" -gt 0 ]; then
   DEBIAN_FRONTEND=noninteractive "${run[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi
 
-# The validator and the viewer of the tests, at the versions of the lock file.
-if [ "${1:-}" = --with-npm ] && ! [ tests/web/node_modules/.package-lock.json -nt tests/web/package-lock.json ]; then
-  npm --prefix tests/web ci --no-audit --no-fund --loglevel=error
-fi
+# Puts a folder's npm packages in place, at the versions of its lock file.
+install_npm() {
+  [ "$1/node_modules/.package-lock.json" -nt "$1/package-lock.json" ] ||
+    (cd "$1" && npm ci --no-audit --no-fund --loglevel=error)
+}
+
+# The viewer that the build packs into preview pages.
+install_npm preview
+# The validator and the viewer of the tests.
+if [ "${1:-}" = --with-npm ]; then install_npm tests/web; fi

@@ -12,7 +12,7 @@ namespace {
 
 using AddCommand = RunCommand (*)(CLI::App& app);
 
-constexpr AddCommand kCommands[] = {AddExport, AddInfo, AddRecord};
+constexpr AddCommand kCommands[] = {AddExport, AddInfo, AddLoadOptions, AddPreview, AddRecord};
 
 }  // namespace
 
@@ -23,7 +23,7 @@ int RunCommandLine(int argc, const char* const* argv) {
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return std::string("vornel: error: ") + error.what() + " (see --help)\n";
   });
-  app.footer("Exit codes: 0 done, 2 usage, 3 input can't be read, 4 output can't be written.");
+  app.footer("Exit codes: 0 done, 1 warnings under --strict, 2 usage, 3 input can't be read, 4 output can't be written.");
   std::vector<RunCommand> runs;
   for (const AddCommand add : kCommands) runs.push_back(add(app));
   try {

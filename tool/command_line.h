@@ -16,6 +16,8 @@ using RunCommand = std::function<int()>;
 // arguments are parsed, CLI::ValidationError, is a usage error.
 RunCommand AddExport(CLI::App& app);
 RunCommand AddInfo(CLI::App& app);
+RunCommand AddLoadOptions(CLI::App& app);
+RunCommand AddPreview(CLI::App& app);
 RunCommand AddRecord(CLI::App& app);
 
 // Parses the arguments and runs the subcommand they name. Prints help, the version and usage errors itself.

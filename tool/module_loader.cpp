@@ -29,12 +29,19 @@ LoadedModule::~LoadedModule() {
   dlclose(library_);
 }
 
-CountedRef<IZySaver> LoadedModule::NewSaver(const char* serverName) const {
+CountedRef<IZyObject> LoadedModule::NewObject(const char* serverName) const {
   IZyFactory* const factory = module_->Factory(serverName);
   if (!factory) throw ModuleError(file_.string() + ": the plug-in has no server " + serverName);
   IZyObject* object = nullptr;
+  CountedRef<IZyObject> spawned;
+  if (ZyFailed(factory->Spawn(object)) || ZyFailed(spawned.Take(object)))
+    throw ModuleError(file_.string() + ": server " + serverName + " gives no object");
+  return spawned;
+}
+
+CountedRef<IZySaver> LoadedModule::NewSaver(const char* serverName) const {
   CountedRef<IZySaver> saver;
-  if (ZyFailed(factory->Spawn(object)) || ZyFailed(saver.Take(object)))
+  if (!saver.Set(NewObject(serverName).Raw()))
     throw ModuleError(file_.string() + ": server " + serverName + " gives no saver");
   return saver;
 }

@@ -1,4 +1,4 @@
-// Loads a plug-in module and finds its savers.
+// Loads a plug-in module and finds its servers.
 #pragma once
 
 #include "host/module_api.h"
@@ -28,6 +28,8 @@ class LoadedModule {
   LoadedModule(const LoadedModule&) = delete;
   LoadedModule& operator=(const LoadedModule&) = delete;
 
+  // A new object of the server. Throws ModuleError.
+  CountedRef<IZyObject> NewObject(const char* serverName) const;
   // A new saver of the server. Throws ModuleError.
   CountedRef<IZySaver> NewSaver(const char* serverName) const;
 

@@ -5,6 +5,7 @@
 #include "tool/exit_codes.h"
 #include "tool/input_check.h"
 #include "tool/output_error.h"
+#include "tool/read_arguments.h"
 #include "tool/recorded_images.h"
 #include "tool/report.h"
 #include "tool/staging.h"
@@ -27,6 +28,7 @@ namespace fs = std::filesystem;
 struct RecordArguments {
   fs::path input;
   fs::path output;
+  readers::ReadOptions reading;
   readers::ArrayForm form = readers::ArrayForm::Text;
   Verbosity verbosity = Verbosity::Normal;
 };
@@ -48,8 +50,9 @@ std::string WithoutStaging(std::string text, const Staging& staging, const fs::p
 
 void Record(const RecordArguments& arguments, const Report& report) {
   const Staging staging(arguments.output);
+  for (const std::string& note : staging.Notes()) report.Note(note);
   readers::ReadReport read;
-  headless::SceneData scene = readers::ReadScene(arguments.input, read);
+  headless::SceneData scene = readers::ReadScene(arguments.input, arguments.reading, read);
   CheckInputStays(arguments.input, read.files, WrittenFiles(arguments));
   for (const std::string& warning : read.warnings) report.Warning(warning);
   ImageReport images;
@@ -91,10 +94,11 @@ int RunRecord(const RecordArguments& arguments) {
 RunCommand AddRecord(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("record", "Write a scene as a scene file.");
   const auto arguments = std::make_shared<RecordArguments>();
-  command.add_option("input", arguments->input, "scene to read: .orvo or .obj")->required()->type_name("INPUT");
+  command.add_option("input", arguments->input, kInputText)->required()->type_name("INPUT");
   command.add_option("-o,--output", arguments->output, "scene file to write, ending in .orvo")
       ->required()
       ->type_name("OUTPUT");
+  AddReadOptions(command, arguments->reading);
   command.add_flag_callback(
       "--binary", [arguments] { arguments->form = readers::ArrayForm::Binary; },
       "put large arrays into a .bin file beside it, which is read faster");

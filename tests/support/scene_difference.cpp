@@ -53,8 +53,8 @@ void Each(const char* name, const Array<T>& one, const Array<T>& other) {
   Each(name, one, other, [](T a, T b) { Compare(a, b); });
 }
 
-template <class T, class Item>
-void Maybe(const char* name, const std::optional<T>& one, const std::optional<T>& other, Item compare) {
+template <class Optional, class Item>
+void Maybe(const char* name, const Optional& one, const Optional& other, Item compare) {
   At(name, [&] {
     if (one.has_value() != other.has_value()) throw Different{"presence"};
     if (one) compare(*one, *other);
