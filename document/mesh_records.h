@@ -1,6 +1,7 @@
 // Plain records of a document: meshes and skins.
 //
-// A corner is one vertex of one triangle, counted over the mesh: corner 3t + c is place c of triangle t.
+// A corner is one vertex of one triangle, counted over the mesh: corner 3t + c is place c of triangle t. Corners that
+// share their point and all of their values make one wedge: what becomes a vertex in each primitive that shows it.
 #pragma once
 
 #include "host/insertion_map.h"
@@ -15,20 +16,16 @@
 struct GltfNode;
 struct GltfMaterial;
 
-using CornerIndices = std::vector<std::uint32_t>;  // one per corner, an index into a table of values
-
 struct GltfColorMap {
-  CornerIndices indices;
-  std::vector<std::array<float, 4>> data;  // R, G, B, A
+  std::vector<std::array<float, 4>> data;  // one per wedge: R, G, B, A
 };
 
 struct GltfUvMap {
-  CornerIndices indices;
-  std::vector<std::array<float, 2>> data;  // U, V with the host's V axis, which points up
+  std::vector<std::array<float, 2>> data;  // one per wedge: U, V with the host's V axis, which points up
 };
 
 struct GltfTangentMap {
-  CornerIndices indices;                   // may lie beyond `data`, see tangent_table.h
+  std::vector<std::uint32_t> indices;      // one per wedge; may lie beyond `data`, see tangent_table.h
   std::vector<std::array<float, 6>> data;  // tangent x, y, z, bitangent x, y, z
 };
 
@@ -56,11 +53,11 @@ struct GltfMesh {
   void AddPosition(double x, double y, double z) { positions.push_back({x, y, z}); }
 
   std::uint32_t triangleCount = 0;
-  CornerIndices positionIndex;                               // into `positions`
+  std::vector<std::uint32_t> wedgeIndex;                     // one per corner, numbered by first sight
+  std::vector<std::uint32_t> positionIndex;                  // one per wedge, into `positions`
   std::vector<std::unique_ptr<GltfColorMap>> colorMaps;      // order gives COLOR_n
   std::vector<std::unique_ptr<GltfTangentMap>> tangentMaps;  // only the first is written
-  CornerIndices normalIndex;                                 // into `normals`
-  std::vector<std::array<double, 3>> normals;                // distinct, normalised
+  std::vector<std::array<double, 3>> normals;                // one per wedge, normalised
   std::vector<std::unique_ptr<GltfUvMap>> uvMaps;            // order gives TEXCOORD_n
   InsertionMap<std::string, std::uint32_t> uvIndexByName;    // place in `uvMaps`
   // Triangle numbers per material tag, in order of first sight; one entry makes one primitive.

@@ -1,86 +1,101 @@
 #include "geometry/corner_values.h"
 
-#include <algorithm>
-#include <cmath>
-
 namespace {
 
-// Folds a value into its table. The corners of a point mostly share one value, so the one that the point had
-// last is tried before the table is asked.
-template <class T, std::size_t N>
-std::uint32_t FoldCornerValue(ValueTable<T, N>& table, std::vector<std::uint32_t>& lastOfPoint,
-                              const std::array<T, N>& value, std::vector<std::array<T, N>>& data,
-                              std::uint32_t place) {
-  if (place >= lastOfPoint.size()) return table.Fold(value, data);
-  std::uint32_t& last = lastOfPoint[place];
-  if (last == kUnknownPoint || data[last] != value) last = table.Fold(value, data);
-  return last;
+using TrianglePoints = ZyPointId[3];
+
+constexpr std::uint32_t BitOf(std::size_t place) { return 1u << place; }
+
+// Bit c stands for corner c: whether it has a value, and whether it or its point holds one of its own.
+struct CornerBits {
+  std::uint32_t evaluated = 0, stored = 0;
+};
+
+// Whether the corner or its point holds a value of its own in the normal map.
+bool IsStored(const MeshScanState& scan, ZyMeshMapId map, ZyPointId point) {
+  float value[3];
+  if (scan.polygonAccessor.MapValue(map, point, value) != ZYe_NO_VALUE) return true;
+  scan.pointAccessor.SelectById(point);
+  return scan.pointAccessor.MapValue(map, value) != ZYe_NO_VALUE;
 }
 
-// The normal map's value at the corner; false when neither the corner nor its point holds one.
-bool ReadMappedNormal(const MeshScanState& scan, const Corner& corner, double (&normal)[3]) {
-  float mapped[3] = {0, 0, 0};
-  scan.polygonAccessor.MapEvaluate(scan.normalMapId, corner.point, mapped);
-  float stored[3];
-  if (scan.polygonAccessor.MapValue(scan.normalMapId, corner.point, stored) == ZYe_NO_VALUE &&
-      scan.pointAccessor.MapValue(scan.normalMapId, stored) == ZYe_NO_VALUE)
-    return false;
-  for (int axis = 0; axis < 3; ++axis) normal[axis] = mapped[axis];
-  return true;
-}
-
-std::array<double, 3> Normalised(const double (&v)[3]) {
-  const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
-  if (length > 0) return {v[0] / length, v[1] / length, v[2] / length};
-  return {1, 0, 0};
-}
-
-// Folds the normalised normal. The corners of a point mostly share one normal, which is then neither normalised
-// nor looked up again.
-std::uint32_t FoldNormal(MeshScanState& scan, std::uint32_t place, const double (&normal)[3]) {
-  GltfMesh& mesh = *scan.currentMesh;
-  if (place >= scan.lastNormalOfPoint.size())
-    return scan.normalIndexByValue.Fold(Normalised(normal), mesh.normals);
-  LastNormal& last = scan.lastNormalOfPoint[place];
-  if (last.index == kUnknownPoint || !std::equal(normal, normal + 3, last.normal)) {
-    std::copy(normal, normal + 3, last.normal);
-    last.index = scan.normalIndexByValue.Fold(Normalised(normal), mesh.normals);
+// The road for hosts without IZyTriangleMaps.
+void EvaluateEach(const MeshScanState& scan, ZyMeshMapId map, const TrianglePoints& points,
+                  float* const (&values)[3], CornerBits& bits) {
+  bits = {};
+  for (std::size_t c = 0; c < 3; ++c) {
+    if (scan.polygonAccessor.MapEvaluate(map, points[c], values[c]) == ZYe_OK) bits.evaluated |= BitOf(c);
+    if (map == scan.normalMapId && IsStored(scan, map, points[c])) bits.stored |= BitOf(c);
   }
-  return last.index;
+}
+
+// Evaluates a map at the three corners; `stored` is for the normal map alone.
+void Evaluate(const MeshScanState& scan, ZyMeshMapId map, const TrianglePoints& points, float* const (&values)[3],
+              CornerBits& bits) {
+  if (ZyFailed(scan.triangleMaps.MapEvaluateTriangle(map, points, values, bits.evaluated, bits.stored)))
+    EvaluateEach(scan, map, points, values, bits);
+}
+
+// `valueOf(corner)` is the array of a corner that takes the map's value, zeros when there is none.
+template <class ValueOf>
+std::uint32_t EvaluateInto(MeshScanState& scan, ZyMeshMapId map, const TrianglePoints& points,
+                           const ValueOf& valueOf) {
+  float* values[3];
+  for (std::size_t c = 0; c < 3; ++c) {
+    valueOf(scan.corners[c]) = {};
+    values[c] = valueOf(scan.corners[c]).data();
+  }
+  CornerBits bits;
+  Evaluate(scan, map, points, values, bits);
+  for (std::size_t c = 0; c < 3; ++c)
+    if ((bits.evaluated & BitOf(c)) == 0) valueOf(scan.corners[c]) = {};
+  return bits.evaluated;
+}
+
+void ReadTangents(MeshScanState& scan, std::size_t k, const TrianglePoints& points) {
+  EvaluateInto(scan, scan.tangentScans[k].mapId, points,
+               [](CornerValues& corner) -> TangentBasis& { return corner.basis; });
+  for (CornerValues& corner : scan.corners) {
+    const std::uint32_t index =
+        scan.tangentValueTables[k].Fold(corner.basis, scan.tangentScans[k].tangentMap->data);
+    if (k == 0) corner.tangent = index;  // the others aren't written
+  }
+}
+
+void ReadCalculatedNormal(const MeshScanState& scan, ZyPolygonId polygon, ZyPointId point,
+                          std::array<double, 3>& normal) {
+  double calculated[3] = {0, 0, 0};
+  scan.pointAccessor.SelectById(point);
+  scan.pointAccessor.Normal(polygon, calculated);
+  normal = {calculated[0], calculated[1], calculated[2]};
+}
+
+// Where neither the corner nor its point holds a value in the normal map, the host calculates the normal.
+void ReadNormals(MeshScanState& scan, ZyPolygonId polygon, const TrianglePoints& points) {
+  float mapped[3][3] = {};
+  CornerBits bits;
+  if (scan.hasNormalMap) Evaluate(scan, scan.normalMapId, points, {mapped[0], mapped[1], mapped[2]}, bits);
+  for (std::size_t c = 0; c < 3; ++c) {
+    if ((bits.stored & BitOf(c)) != 0)
+      scan.corners[c].normal = {mapped[c][0], mapped[c][1], mapped[c][2]};
+    else
+      ReadCalculatedNormal(scan, polygon, points[c], scan.corners[c].normal);
+  }
 }
 
 }  // namespace
 
-void ReadColor(MeshScanState& scan, ColorScan& color, const Corner& corner) {
+void ReadCornerValues(MeshScanState& scan, ZyPolygonId polygon, const ZyPointId (&points)[3]) {
   // Four floats for an RGB map too: its alpha comes out as 0.
-  std::array<float, 4> value = {};
-  scan.pointAccessor.SelectById(corner.point);
-  if (scan.polygonAccessor.MapEvaluate(color.mapId, corner.point, value.data()) != ZYe_OK) value = {};
-  color.colorMap->indices.push_back(
-      FoldCornerValue(color.values, color.lastOfPoint, value, color.colorMap->data, corner.place));
-}
-
-void ReadTangent(MeshScanState& scan, std::size_t k, const Corner& corner) {
-  GltfTangentMap& map = *scan.tangentScans[k].tangentMap;
-  TangentBasis basis = {};
-  scan.pointAccessor.SelectById(corner.point);
-  if (scan.polygonAccessor.MapEvaluate(scan.tangentScans[k].mapId, corner.point, basis.data()) != ZYe_OK)
-    basis = {};
-  map.indices.push_back(scan.tangentValueTables[k].Fold(basis, map.data));
-}
-
-void ReadNormal(MeshScanState& scan, const Corner& corner) {
-  double normal[3] = {0, 0, 0};
-  scan.pointAccessor.SelectById(corner.point);
-  if (!scan.hasNormalMap || !ReadMappedNormal(scan, corner, normal))
-    scan.pointAccessor.Normal(corner.polygon, normal);
-  scan.currentMesh->normalIndex.push_back(FoldNormal(scan, corner.place, normal));
-}
-
-void ReadUv(MeshScanState& scan, UvScan& uv, const Corner& corner) {
-  std::array<float, 2> value = {};
-  const bool valid = scan.polygonAccessor.MapEvaluate(uv.mapId, corner.point, value.data()) == ZYe_OK;
-  if (!valid && uv.valid.empty()) uv.valid.assign(uv.values.size(), true);
-  uv.values.push_back(value);
-  if (!valid || !uv.valid.empty()) uv.valid.push_back(valid);
+  for (std::size_t k = 0; k < scan.colorScans.size(); ++k)
+    EvaluateInto(scan, scan.colorScans[k].mapId, points,
+                 [k](CornerValues& corner) -> std::array<float, 4>& { return corner.colors[k]; });
+  for (std::size_t k = 0; k < scan.tangentScans.size(); ++k) ReadTangents(scan, k, points);
+  ReadNormals(scan, polygon, points);
+  for (std::size_t k = 0; k < scan.uvScans.size(); ++k) {
+    const std::uint32_t evaluated =
+        EvaluateInto(scan, scan.uvScans[k].mapId, points,
+                     [k](CornerValues& corner) -> std::array<float, 2>& { return corner.uvs[k]; });
+    for (std::size_t c = 0; c < 3; ++c) scan.corners[c].missingUvs[k] = (evaluated & BitOf(c)) == 0;
+  }
 }

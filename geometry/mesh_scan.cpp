@@ -2,7 +2,7 @@
 
 #include "geometry/corner_values.h"
 #include "geometry/map_discovery.h"
-#include "geometry/uv_scan.h"
+#include "geometry/wedges.h"
 #include "host/fourcc.h"
 
 namespace {
@@ -31,21 +31,6 @@ std::int32_t CountCorners(const CZyUser_Mesh& mesh, const CZyUser_Polygon& polyg
   return static_cast<std::int32_t>(corners);
 }
 
-void ReserveCorners(MeshScanState& scan, std::size_t points, std::size_t corners) {
-  GltfMesh& mesh = *scan.currentMesh;
-  mesh.positions.reserve(points);
-  mesh.positionIndex.reserve(corners);
-  mesh.normalIndex.reserve(corners);
-  scan.normalIndexByValue.Reserve(points);  // most meshes are smooth
-  scan.lastNormalOfPoint.resize(points);
-  for (ColorScan& color : scan.colorScans) {
-    color.colorMap->indices.reserve(corners);
-    color.lastOfPoint.assign(points, kUnknownPoint);
-  }
-  for (TangentScan& tangent : scan.tangentScans) tangent.tangentMap->indices.reserve(corners);
-  for (UvScan& uv : scan.uvScans) uv.values.reserve(corners);
-}
-
 void CollectTags(SaveState& state, GltfMesh& mesh) {
   std::vector<std::string>& tags = state.meshTags.emplace_back(&mesh, std::vector<std::string>()).second;
   for (const auto& [tag, triangles] : mesh.polygonsByTag) {
@@ -58,11 +43,9 @@ void CollectTags(SaveState& state, GltfMesh& mesh) {
 void AppendTriangle(InsertionMap<std::string, std::vector<std::uint32_t>>& polygonsByTag, TagCursor& cursor,
                     const char* tag, std::uint32_t triangle) {
   if (!tag) return;
-  if (tag != cursor.text) {
-    const auto entry = polygonsByTag.try_emplace(tag).first;
-    cursor = {tag, static_cast<std::size_t>(entry - polygonsByTag.begin())};
-  }
-  polygonsByTag.nth(cursor.place).value().push_back(triangle);
+  // Entries stay where they are while the map grows.
+  if (tag != cursor.text) cursor = {tag, &polygonsByTag.try_emplace(tag).first.value()};
+  cursor.triangles->push_back(triangle);
 }
 
 void RecordTriangle(MeshScanState& scan, const char* materialTag, const char* partTag) {
@@ -70,16 +53,6 @@ void RecordTriangle(MeshScanState& scan, const char* materialTag, const char* pa
   AppendTriangle(mesh.polygonsByTag, scan.materialCursor, materialTag, scan.triangleCount);
   AppendTriangle(mesh.polygonsByPart, scan.partCursor, partTag, scan.triangleCount);
   ++mesh.triangleCount;
-}
-
-void ScanCorner(MeshScanState& scan, ZyPolygonId polygon, ZyPointId point) {
-  const std::uint32_t place = scan.pointIndexById.Find(point).value_or(kUnknownPoint);
-  if (place != kUnknownPoint) scan.currentMesh->positionIndex.push_back(place);
-  const Corner corner{polygon, point, place};
-  for (ColorScan& color : scan.colorScans) ReadColor(scan, color, corner);
-  for (std::size_t k = 0; k < scan.tangentScans.size(); ++k) ReadTangent(scan, k, corner);
-  ReadNormal(scan, corner);
-  for (UvScan& uv : scan.uvScans) ReadUv(scan, uv, corner);
 }
 
 }  // namespace
@@ -125,13 +98,15 @@ GltfMesh* CreateMeshForItem(SaveState& state, const CZyUser_Item& item) {
   scan.currentMesh = mesh;
   scan.meshMapAccessor = maps;
   scan.polygonAccessor = polygon;
+  scan.triangleMaps.Set(polygon.Raw());
   scan.pointAccessor = point;
   if (maps) DiscoverMeshMaps(state);
-  ReserveCorners(scan, counted > 0 ? points : 0, static_cast<std::uint32_t>(corners));
+  if (counted > 0) mesh->positions.reserve(points);
   frame.ScanPoints(*state.visitor);
+  StartWedges(scan, static_cast<std::uint32_t>(corners));
   frame.ScanPolygons(*state.visitor);
   if (state.options.materials != 0) CollectTags(state, *mesh);
-  for (UvScan& uv : scan.uvScans) FinishUvScan(*mesh, uv);
+  FinishWedges(scan);
   state.meshesByItem.try_emplace(item.Raw(), mesh);
   ResetScan(scan);
   return mesh;
@@ -163,7 +138,8 @@ void VisitScannedPolygon(SaveState& state) {
     ZyPointId points[3] = {0, 0, 0};
     current.TriangleByIndex(index, points);
     RecordTriangle(scan, materialTag, partTag);
-    for (const ZyPointId point : points) ScanCorner(scan, polygon, point);
+    ReadCornerValues(scan, polygon, points);
+    AddCorners(scan, points);
     ++scan.triangleCount;
   }
 }

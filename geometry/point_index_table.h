@@ -4,8 +4,9 @@
 #include "host/mesh_api.h"
 
 #include <cstdint>
-#include <optional>
 #include <unordered_map>
+
+constexpr std::uint32_t kUnknownPoint = 0xFFFFFFFFu;
 
 // Ids that count up by one from the first, as most hosts give them, cost no table.
 class PointIndexTable {
@@ -22,11 +23,11 @@ class PointIndexTable {
     }
   }
 
-  std::optional<std::uint32_t> Find(ZyPointId id) const {
+  // kUnknownPoint for an id that wasn't entered.
+  std::uint32_t Find(ZyPointId id) const {
     if (InRun(id)) return static_cast<std::uint32_t>(id - firstId_);
     const auto found = placeById_.find(id);
-    if (found == placeById_.end()) return std::nullopt;
-    return found->second;
+    return found == placeById_.end() ? kUnknownPoint : found->second;
   }
 
  private:

@@ -1,6 +1,5 @@
 // One entry of polygonsByTag becomes one primitive, with vertices, blocks and accessors of its own: nothing is
-// shared between the primitives of a mesh. A vertex is told by the table entries that its corners refer to; see
-// vertex_fold.h.
+// shared between the primitives of a mesh. Each wedge that its triangles show makes one vertex.
 #include "document/buffers.h"
 #include "document/write_materials.h"
 #include "document/write_primitive.h"
@@ -9,15 +8,6 @@
 #include "saver/log_message.h"
 
 namespace {
-
-CornerTables TablesOf(const GltfMesh& mesh) {
-  CornerTables tables{mesh.positionIndex, mesh.positions.size(), {}};
-  tables.attributes.push_back(mesh.normalIndex);
-  for (const auto& map : mesh.colorMaps) tables.attributes.push_back(map->indices);
-  for (const auto& map : mesh.uvMaps) tables.attributes.push_back(map->indices);
-  if (!mesh.tangentMaps.empty()) tables.attributes.push_back(mesh.tangentMaps.front()->indices);
-  return tables;  // skins hang on the point and can't split a vertex
-}
 
 // Skinned meshes may be wanted in world space.
 const Matrix4* ToWorld(const GltfDocument& document, const GltfMesh& mesh) {
@@ -38,7 +28,7 @@ std::uint32_t AddPositions(GltfDocument& document, std::vector<float> positions)
 // Adds attributes in the order in which they are called for, which is that of their data in the buffer.
 class AttributeWriter {
  public:
-  AttributeWriter(GltfDocument& document, VertexCorners corners) : document_(document), corners_(corners) {}
+  AttributeWriter(GltfDocument& document, VertexWedges wedges) : document_(document), wedges_(wedges) {}
 
   void Add(std::string name, std::uint32_t accessor) { accessors_.emplace_back(std::move(name), accessor); }
   void AddNumbered(const char* prefix, std::size_t n, std::uint32_t accessor) {
@@ -47,7 +37,7 @@ class AttributeWriter {
   void AddFloatData(const char* name, std::vector<float> values, GltfAccessorType type) {
     Add(name, AddFloats(document_, std::move(values), type, Vertices()));
   }
-  std::uint32_t Vertices() const { return static_cast<std::uint32_t>(corners_.size()); }
+  std::uint32_t Vertices() const { return static_cast<std::uint32_t>(wedges_.size()); }
   void Write(JsonText& text) const {
     text.StartObject();
     for (const auto& [name, accessor] : accessors_) text.Member(name, accessor);
@@ -56,53 +46,53 @@ class AttributeWriter {
 
  private:
   GltfDocument& document_;
-  VertexCorners corners_;
+  VertexWedges wedges_;
   std::vector<std::pair<std::string, std::uint32_t>> accessors_;
 };
 
-void AddTangents(GltfDocument& document, AttributeWriter& attributes, const GltfMesh& mesh, VertexCorners corners,
+void AddTangents(GltfDocument& document, AttributeWriter& attributes, const GltfMesh& mesh, VertexWedges wedges,
                  const std::vector<float>& normals) {
-  VertexTangents tangents = GatherTangents(*mesh.tangentMaps.front(), corners, normals);
+  VertexTangents tangents = GatherTangents(*mesh.tangentMaps.front(), wedges, normals);
   if (!tangents.isOrthonormal && document.log)
     document.log->Warning(
         "Tangent basis is not orthonormal. External previewers could have unexpected surface results.");
   attributes.AddFloatData("TANGENT", std::move(tangents.values), GltfAccessorType::Vec4);
 }
 
-void AddSkins(GltfDocument& document, AttributeWriter& attributes, const GltfMesh& mesh, VertexCorners corners) {
+void AddSkins(GltfDocument& document, AttributeWriter& attributes, const GltfMesh& mesh, VertexWedges wedges) {
   for (std::size_t n = 0; n < mesh.skins.size(); ++n)
     attributes.AddNumbered("JOINTS_", n,
-                           AddShorts(document, GatherJoints(mesh, *mesh.skins[n], corners), GltfAccessorType::Vec4,
+                           AddShorts(document, GatherJoints(mesh, *mesh.skins[n], wedges), GltfAccessorType::Vec4,
                                      attributes.Vertices()));
   for (std::size_t n = 0; n < mesh.skins.size(); ++n)
     attributes.AddNumbered("WEIGHTS_", n,
-                           AddFloats(document, GatherWeights(mesh, *mesh.skins[n], corners),
-                                     GltfAccessorType::Vec4, attributes.Vertices()));
+                           AddFloats(document, GatherWeights(mesh, *mesh.skins[n], wedges), GltfAccessorType::Vec4,
+                                     attributes.Vertices()));
 }
 
 }  // namespace
 
 void WritePrimitive(GltfDocument& document, const GltfMesh& mesh, const TagTriangles& entry,
                     JsonText& primitives) {
-  VertexFold fold = FoldCorners(entry.second, TablesOf(mesh));
-  const VertexCorners corners = fold.corners;
-  AttributeWriter attributes(document, corners);
-  attributes.Add("POSITION", AddPositions(document, GatherPositions(mesh, corners, ToWorld(document, mesh))));
+  VertexFold fold = FoldCorners(entry.second, mesh.wedgeIndex, mesh.positionIndex.size());
+  const VertexWedges wedges = fold.wedges;
+  AttributeWriter attributes(document, wedges);
+  attributes.Add("POSITION", AddPositions(document, GatherPositions(mesh, wedges, ToWorld(document, mesh))));
   const std::uint32_t indices = AddIndices(document, std::move(fold.indices));
-  std::vector<float> normals = GatherNormals(mesh, corners);
+  std::vector<float> normals = GatherNormals(mesh, wedges);
   std::vector<float> tangentNormals;
   if (!mesh.tangentMaps.empty()) tangentNormals = normals;
   attributes.AddFloatData("NORMAL", std::move(normals), GltfAccessorType::Vec3);
   for (std::size_t n = 0; n < mesh.colorMaps.size(); ++n)
     attributes.AddNumbered("COLOR_", n,
-                           AddFloats(document, GatherColors(*mesh.colorMaps[n], corners), GltfAccessorType::Vec4,
+                           AddFloats(document, GatherColors(*mesh.colorMaps[n], wedges), GltfAccessorType::Vec4,
                                      attributes.Vertices()));
   for (std::size_t n = 0; n < mesh.uvMaps.size(); ++n)
     attributes.AddNumbered(
         "TEXCOORD_", n,
-        AddFloats(document, GatherUvs(*mesh.uvMaps[n], corners), GltfAccessorType::Vec2, attributes.Vertices()));
-  if (!mesh.tangentMaps.empty()) AddTangents(document, attributes, mesh, corners, tangentNormals);
-  AddSkins(document, attributes, mesh, corners);
+        AddFloats(document, GatherUvs(*mesh.uvMaps[n], wedges), GltfAccessorType::Vec2, attributes.Vertices()));
+  if (!mesh.tangentMaps.empty()) AddTangents(document, attributes, mesh, wedges, tangentNormals);
+  AddSkins(document, attributes, mesh, wedges);
 
   const auto material = mesh.materialByTag.find(entry.first);
   const std::uint32_t materialIndex =

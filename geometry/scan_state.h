@@ -2,28 +2,24 @@
 #pragma once
 
 #include "document/mesh_records.h"
+#include "geometry/point_fold.h"
 #include "geometry/point_index_table.h"
 #include "geometry/tangent_table.h"
-#include "geometry/value_table.h"
 #include "host/user_mesh.h"
 
 #include <cstdint>
+#include <deque>
 #include <vector>
 
-// A UV map during the scan. Its values wait here for the end of the scan, since only then is it known whether
-// any corner lacked one.
 struct UvScan {
   GltfUvMap* uvMap = nullptr;
   ZyMeshMapId mapId = 0;
-  std::vector<std::array<float, 2>> values;  // one per corner
-  std::vector<bool> valid;                   // one per corner once a corner lacked a value, until then empty
+  std::vector<std::uint8_t> missing = {};  // one per wedge: not 0 when its corners lack a value
 };
 
 struct ColorScan {
   GltfColorMap* colorMap = nullptr;
   ZyMeshMapId mapId = 0;
-  ValueTable<float, 4> values;
-  std::vector<std::uint32_t> lastOfPoint;  // place of the colour that a corner of the point had last
 };
 
 struct TangentScan {
@@ -31,27 +27,30 @@ struct TangentScan {
   ZyMeshMapId mapId = 0;
 };
 
+// What the host says of one corner; colours and UVs have an entry per scan of their kind.
+struct CornerValues {
+  std::array<double, 3> normal;  // not normalised
+  TangentBasis basis;            // of the tangent map that is being read
+  std::uint32_t tangent = 0;     // index in the first tangent map
+  std::vector<std::array<float, 4>> colors;
+  std::vector<std::array<float, 2>> uvs;  // zeros when missing
+  std::vector<std::uint8_t> missingUvs;   // per entry of uvs: not 0 when the corner has none
+};
+
 // The entry of a tag table that the last polygon used. Polygons mostly come in runs of one tag, and a host
 // text keeps its pointer.
 struct TagCursor {
   const char* text = nullptr;
-  std::size_t place = 0;
-};
-
-// The normal that a point's corner had last, as the host gave it, and its place among the mesh's normals.
-struct LastNormal {
-  double normal[3] = {0, 0, 0};
-  std::uint32_t index = 0xFFFFFFFFu;  // none yet
+  std::vector<std::uint32_t>* triangles = nullptr;
 };
 
 struct MeshScanState {
   PointIndexTable pointIndexById;  // place of a point in GltfMesh::positions
-  ValueTable<double, 3> normalIndexByValue;
-  std::vector<LastNormal> lastNormalOfPoint;
-  ZyMeshMapId normalMapId = 0;                   // 0 for none
-  bool hasNormalMap = false;                     // normalMapId is to be used
+  ZyMeshMapId normalMapId = 0;     // 0 for none
+  bool hasNormalMap = false;       // normalMapId is to be used
   CZyUser_MeshMap meshMapAccessor;
   CZyUser_Polygon polygonAccessor;
+  CZyUser_TriangleMaps triangleMaps;  // of polygonAccessor, when the host has them
   CZyUser_Point pointAccessor;
   std::vector<UvScan> uvScans;
   std::vector<ColorScan> colorScans;
@@ -60,6 +59,12 @@ struct MeshScanState {
   TagCursor materialCursor, partCursor;
   std::uint32_t pointCount = 0;     // points seen, the next index into positions
   std::uint32_t triangleCount = 0;  // triangles seen, the triangle number
+
+  PointFold wedgesOfPoint;
+  std::vector<std::array<double, 3>> hostNormals;  // one per wedge, as the host gave it
+  std::array<CornerValues, 3> corners;             // of the triangle that is being read
+  std::deque<CornerValues> waiting;                // for the place of a point, see wedges.h
+  CornerValues waited;                             // the one that got it
 
   // One for each tangent map of each mesh so far; see tangent_table.h.
   std::vector<TangentTable> tangentValueTables;

@@ -8,15 +8,22 @@
 #include <type_traits>
 #include <vector>
 
+// Mixes numbers into a hash; -0.0 counts as 0.0, which it equals.
+template <class T, std::size_t N>
+void HashNumbers(std::uint64_t& hash, const std::array<T, N>& numbers) {
+  using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+  for (const T number : numbers) {
+    hash = (hash ^ std::bit_cast<Bits>(static_cast<T>(number + T(0)))) * 0x9E3779B97F4A7C15u;
+    hash ^= hash >> 32;
+  }
+}
+
 // Finds values of N numbers in a data vector that it appends to. Numbers compare with ==, without any
 // tolerance: -0.0 equals 0.0 and the value entered first stays; a NaN equals nothing.
 template <class T, std::size_t N>
 class ValueTable {
  public:
   using Value = std::array<T, N>;
-
-  // Makes room for about that many distinct values; call it before the first one.
-  void Reserve(std::size_t values) { Resize({}, std::bit_ceil(std::max<std::size_t>(32, values) * 2)); }
 
   // The place of the value in `data`, which is appended to when it isn't there. `data` must be the same
   // vector at every call.
@@ -37,13 +44,8 @@ class ValueTable {
   static constexpr std::uint32_t kEmpty = 0xFFFFFFFFu;
 
   static std::uint64_t Hash(const Value& value) {
-    using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
     std::uint64_t hash = 0;
-    for (const T number : value) {
-      // Adding 0.0 makes -0.0 hash as 0.0.
-      hash = (hash ^ std::bit_cast<Bits>(static_cast<T>(number + T(0)))) * 0x9E3779B97F4A7C15u;
-      hash ^= hash >> 32;
-    }
+    HashNumbers(hash, value);
     return hash;
   }
 

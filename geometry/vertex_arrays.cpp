@@ -17,56 +17,47 @@ void MovePoint(const Matrix4& matrix, float* p) {
         static_cast<float>(x * matrix(0, axis) + y * matrix(1, axis) + z * matrix(2, axis) + matrix(3, axis));
 }
 
-template <std::size_t N>
-std::vector<float> GatherRounded(const std::vector<std::array<double, N>>& table, const CornerIndices& indices,
-                                 VertexCorners corners) {
-  std::vector<float> values(N * corners.size());
+// `valueOf(wedge)` gives N numbers, which are rounded to f32.
+template <std::size_t N, class ValueOf>
+std::vector<float> Gather(VertexWedges wedges, const ValueOf& valueOf) {
+  std::vector<float> values(N * wedges.size());
   float* out = values.data();
-  for (const std::uint32_t corner : corners)
-    for (const double number : table[indices[corner]]) *out++ = static_cast<float>(number);
+  for (const std::uint32_t wedge : wedges)
+    for (const auto number : valueOf(wedge)) *out++ = static_cast<float>(number);
   return values;
 }
 
 }  // namespace
 
-std::vector<float> GatherPositions(const GltfMesh& mesh, VertexCorners corners, const Matrix4* toWorld) {
-  std::vector<float> values = GatherRounded(mesh.positions, mesh.positionIndex, corners);
+std::vector<float> GatherPositions(const GltfMesh& mesh, VertexWedges wedges, const Matrix4* toWorld) {
+  std::vector<float> values =
+      Gather<3>(wedges, [&](std::uint32_t wedge) { return mesh.positions[mesh.positionIndex[wedge]]; });
   if (toWorld)
     for (std::size_t i = 0; i < values.size(); i += 3) MovePoint(*toWorld, &values[i]);
   return values;
 }
 
-std::vector<float> GatherNormals(const GltfMesh& mesh, VertexCorners corners) {
-  return GatherRounded(mesh.normals, mesh.normalIndex, corners);
+std::vector<float> GatherNormals(const GltfMesh& mesh, VertexWedges wedges) {
+  return Gather<3>(wedges, [&](std::uint32_t wedge) { return mesh.normals[wedge]; });
 }
 
-std::vector<float> GatherColors(const GltfColorMap& map, VertexCorners corners) {
-  std::vector<float> values;
-  values.reserve(4 * corners.size());
-  for (const std::uint32_t corner : corners) {
-    const std::array<float, 4>& color = map.data[map.indices[corner]];
-    values.insert(values.end(), color.begin(), color.end());
-  }
-  return values;
+std::vector<float> GatherColors(const GltfColorMap& map, VertexWedges wedges) {
+  return Gather<4>(wedges, [&](std::uint32_t wedge) { return map.data[wedge]; });
 }
 
-std::vector<float> GatherUvs(const GltfUvMap& map, VertexCorners corners) {
-  std::vector<float> values(2 * corners.size());
-  float* out = values.data();
-  for (const std::uint32_t corner : corners) {
-    const std::array<float, 2>& uv = map.data[map.indices[corner]];
-    *out++ = uv[0];
-    *out++ = 1.0f - uv[1];
-  }
-  return values;
+std::vector<float> GatherUvs(const GltfUvMap& map, VertexWedges wedges) {
+  return Gather<2>(wedges, [&](std::uint32_t wedge) {
+    const auto [u, v] = map.data[wedge];
+    return std::array{u, 1.0f - v};
+  });
 }
 
-VertexTangents GatherTangents(const GltfTangentMap& map, VertexCorners corners, std::span<const float> normals) {
+VertexTangents GatherTangents(const GltfTangentMap& map, VertexWedges wedges, std::span<const float> normals) {
   VertexTangents tangents;
-  tangents.values.reserve(4 * corners.size());
-  for (std::size_t vertex = 0; vertex < corners.size(); ++vertex) {
+  tangents.values.reserve(4 * wedges.size());
+  for (std::size_t vertex = 0; vertex < wedges.size(); ++vertex) {
     // An index that an earlier mesh left in the table may lie beyond this map's data.
-    const std::uint32_t index = map.indices[corners[vertex]];
+    const std::uint32_t index = map.indices[wedges[vertex]];
     const TangentBasis basis = index < map.data.size() ? map.data[index] : TangentBasis{};
     const Normal3f normal = {normals[3 * vertex], normals[3 * vertex + 1], normals[3 * vertex + 2]};
     tangents.isOrthonormal = tangents.isOrthonormal && PassesAsOrthonormal(basis, normal);
@@ -76,20 +67,20 @@ VertexTangents GatherTangents(const GltfTangentMap& map, VertexCorners corners, 
   return tangents;
 }
 
-std::vector<std::uint16_t> GatherJoints(const GltfMesh& mesh, const GltfSkin& skin, VertexCorners corners) {
+std::vector<std::uint16_t> GatherJoints(const GltfMesh& mesh, const GltfSkin& skin, VertexWedges wedges) {
   std::vector<std::uint16_t> values;
-  values.reserve(4 * corners.size());
-  for (const std::uint32_t corner : corners)
-    for (const double joint : RowOf(skin.jointIndices, mesh.positionIndex[corner]))
+  values.reserve(4 * wedges.size());
+  for (const std::uint32_t wedge : wedges)
+    for (const double joint : RowOf(skin.jointIndices, mesh.positionIndex[wedge]))
       values.push_back(static_cast<std::uint16_t>(static_cast<std::uint32_t>(joint)));
   return values;
 }
 
-std::vector<float> GatherWeights(const GltfMesh& mesh, const GltfSkin& skin, VertexCorners corners) {
+std::vector<float> GatherWeights(const GltfMesh& mesh, const GltfSkin& skin, VertexWedges wedges) {
   std::vector<float> values;
-  values.reserve(4 * corners.size());
-  for (const std::uint32_t corner : corners)
-    for (const double weight : RowOf(skin.jointWeights, mesh.positionIndex[corner]))
+  values.reserve(4 * wedges.size());
+  for (const std::uint32_t wedge : wedges)
+    for (const double weight : RowOf(skin.jointWeights, mesh.positionIndex[wedge]))
       values.push_back(static_cast<float>(weight));
   return values;
 }

@@ -84,10 +84,9 @@ struct ConfigStore::Tree {
   Value* Find(Path path) {
     Value* place = &root;
     for (const std::string& name : path) {
-      if (!place->IsObject()) return nullptr;
-      const auto member = place->FindMember(StringRef(name.data(), static_cast<SizeType>(name.size())));
-      if (member == place->MemberEnd()) return nullptr;
-      place = &member->value;
+      const Value key(StringRef(name.data(), static_cast<SizeType>(name.size())));
+      if (!place->IsObject() || !place->HasMember(key)) return nullptr;
+      place = &(*place)[key];
     }
     return place;
   }

@@ -6,21 +6,33 @@
 #include "headless/triangulate.h"
 #include "host/fourcc.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
 namespace headless {
 namespace {
 
-// Map ids are the place in the mesh's list + 1.
-const MapView* FindMap(const std::vector<MapView>& maps, ZyMeshMapId id) {
-  return id - 1 < maps.size() ? &maps[id - 1] : nullptr;
-}
+// The maps of a mesh; ids are the place in its list + 1.
+class MapFinder {
+ public:
+  explicit MapFinder(const std::vector<MapView>& maps) : maps_(maps.data()), count_(maps.size()) {}
+
+  const MapView* Find(ZyMeshMapId id) const { return id - 1 < count_ ? maps_ + (id - 1) : nullptr; }
+
+ private:
+  const MapView* maps_;
+  std::size_t count_;
+};
 
 zyresult WriteValue(const MapView& map, std::uint32_t value, float* out) {
   if (value == kNone) return ZYe_NO_VALUE;
-  const float* from = map.values + std::size_t{value} * map.dimension;
-  for (std::uint32_t place = 0; place < map.dimension; ++place) out[place] = from[place];
+  // Without memcpy, behind which the compiler would read everything anew.
+  const float* const from = map.values + std::size_t{value} * map.dimension;
+  out[0] = from[0];
+  if (map.dimension > 1) out[1] = from[1];
+  if (map.dimension > 2) out[2] = from[2];
+  for (std::uint32_t place = 3; place < map.dimension; ++place) out[place] = from[place];
   return ZYe_OK;
 }
 
@@ -68,7 +80,7 @@ class PointAccessor final : public HostObject<IZyPoint> {
   }
 
   zyresult MapValue(ZyMeshMapId map, float* value) override {
-    const MapView* view = FindMap(maps_, map);
+    const MapView* view = maps_.Find(map);
     if (!view || point_ == kNone) return ZYe_FAILED;
     return WriteValue(*view, view->pointValues ? view->pointValues[point_] : kNone, value);
   }
@@ -88,13 +100,13 @@ class PointAccessor final : public HostObject<IZyPoint> {
   std::shared_ptr<MeshStore> store_;
   const float* positions_;
   const double* normals_ = nullptr;
-  const std::vector<MapView>& maps_;
+  MapFinder maps_;
   PointFinder points_;
   CornerFinder corners_;
   std::uint32_t point_ = kNone;
 };
 
-class PolygonAccessor final : public HostObject<IZyPolygon> {
+class PolygonAccessor final : public HostObject<IZyPolygon, IZyTriangleMaps> {
  public:
   PolygonAccessor(std::shared_ptr<MeshStore> store, std::size_t& live)
       : HostObject(live),
@@ -156,20 +168,35 @@ class PolygonAccessor final : public HostObject<IZyPolygon> {
   }
 
   zyresult MapEvaluate(ZyMeshMapId map, ZyPointId point, float* value) override {
-    const MapView* view = FindMap(maps_, map);
+    const MapView* view = maps_.Find(map);
     if (!view || !FindCorner(point)) return ZYe_FAILED;
-    std::uint32_t found = view->cornerValues ? view->cornerValues[corner_] : kNone;
-    if (found == kNone && view->pointValues) found = view->pointValues[cornerPoints_[corner_]];
-    return WriteValue(*view, found, value);
+    return WriteValue(*view, ValueAt(*view, corner_), value);
   }
 
   zyresult MapValue(ZyMeshMapId map, ZyPointId point, float* value) override {
-    const MapView* view = FindMap(maps_, map);
+    const MapView* view = maps_.Find(map);
     if (!view || !FindCorner(point)) return ZYe_FAILED;
     return WriteValue(*view, view->cornerValues ? view->cornerValues[corner_] : kNone, value);
   }
 
+  zyresult MapEvaluateTriangle(ZyMeshMapId map, const ZyPointId (&points)[3], float* const (&values)[3],
+                               std::uint32_t& evaluated, std::uint32_t& stored) override {
+    const MapView* view = maps_.Find(map);
+    if (!view || !FindTriangle(points)) return ZYe_FAILED;
+    evaluated = 0;
+    for (std::uint32_t place = 0; place < 3; ++place)
+      if (WriteValue(*view, ValueAt(*view, triangle_[place]), values[place]) == ZYe_OK) evaluated |= 1u << place;
+    stored = evaluated;
+    return ZYe_OK;
+  }
+
  private:
+  // The corner's own value, else its point's.
+  std::uint32_t ValueAt(const MapView& map, std::uint32_t corner) const {
+    const std::uint32_t own = map.cornerValues ? map.cornerValues[corner] : kNone;
+    return own == kNone && map.pointValues ? map.pointValues[cornerPoints_[corner]] : own;
+  }
+
   zyresult Select(std::uint32_t polygon) {
     if (polygon == kNone) return ZYe_FAILED;
     if (polygon == polygon_) return ZYe_OK;
@@ -177,6 +204,7 @@ class PolygonAccessor final : public HostObject<IZyPolygon> {
     begin_ = starts_[polygon];
     size_ = starts_[polygon + 1] - begin_;
     corner_ = kNone;
+    hasTriangle_ = false;
     return ZYe_OK;
   }
 
@@ -190,21 +218,24 @@ class PolygonAccessor final : public HostObject<IZyPolygon> {
     return tag.texts[tag.perPolygon[polygon_]].c_str();
   }
 
-  // Makes the polygon's corner at the point current.
-  bool FindCorner(ZyPointId id) {
-    if (corner_ != kNone && id == cornerId_) return true;
-    if (polygon_ == kNone) return false;
-    const std::uint32_t point = points_.Find(id);
-    corner_ = point == kNone ? kNone : corners_.Find(polygon_, point);
-    cornerId_ = id;
-    return corner_ != kNone;
+  // Makes the polygon's corner at the point current. The questions about a corner come in a row.
+  bool FindCorner(ZyPointId id) { return (corner_ != kNone && id == cornerId_) || FindOtherCorner(id); }
+
+  [[gnu::noinline]] bool FindOtherCorner(ZyPointId id);
+
+  // The same for three corners; false when one of them isn't there.
+  bool FindTriangle(const ZyPointId (&ids)[3]) {
+    return (hasTriangle_ && std::equal(ids, ids + 3, triangleIds_)) || FindOtherTriangle(ids);
   }
+
+  // Apart from the questions, most of which need no search.
+  [[gnu::noinline]] bool FindOtherTriangle(const ZyPointId (&ids)[3]);
 
   std::shared_ptr<MeshStore> store_;
   const MeshData& mesh_;
   const std::uint32_t* starts_;
   const std::uint32_t* cornerPoints_;
-  const std::vector<MapView>& maps_;
+  MapFinder maps_;
   const TriangleTable* table_ = nullptr;
   const bool recorded_;
   PointFinder points_;
@@ -214,7 +245,31 @@ class PolygonAccessor final : public HostObject<IZyPolygon> {
   std::uint32_t size_ = 0;
   std::uint32_t corner_ = kNone;
   ZyPointId cornerId_ = 0;
+  bool hasTriangle_ = false;
+  std::uint32_t triangle_[3] = {};  // corners
+  ZyPointId triangleIds_[3] = {};
 };
+
+bool PolygonAccessor::FindOtherCorner(ZyPointId id) {
+  if (polygon_ == kNone) return false;
+  const std::uint32_t point = points_.Find(id);
+  corner_ = point == kNone ? kNone : corners_.Find(polygon_, point);
+  cornerId_ = id;
+  return corner_ != kNone;
+}
+
+bool PolygonAccessor::FindOtherTriangle(const ZyPointId (&ids)[3]) {
+  hasTriangle_ = false;
+  if (polygon_ == kNone) return false;
+  for (std::size_t place = 0; place < 3; ++place) {
+    const std::uint32_t point = points_.Find(ids[place]);
+    if (point == kNone) return false;
+    triangle_[place] = corners_.Find(polygon_, point);
+    if (triangle_[place] == kNone) return false;
+    triangleIds_[place] = ids[place];
+  }
+  return hasTriangle_ = true;
+}
 
 class MeshMapAccessor final : public HostObject<IZyMeshMap> {
  public:
@@ -293,14 +348,20 @@ class Mesh final : public HostObject<IZyMesh> {
     return ZYe_OK;
   }
 
-  zyresult PointAccessor(IZyObject*& accessor) override { return Give<headless::PointAccessor>(accessor); }
-  zyresult PolygonAccessor(IZyObject*& accessor) override { return Give<headless::PolygonAccessor>(accessor); }
-  zyresult MeshMapAccessor(IZyObject*& accessor) override { return Give<headless::MeshMapAccessor>(accessor); }
+  zyresult PointAccessor(IZyObject*& accessor) override {
+    return Give<IZyPoint, headless::PointAccessor>(accessor);
+  }
+  zyresult PolygonAccessor(IZyObject*& accessor) override {
+    return Give<IZyPolygon, headless::PolygonAccessor>(accessor);
+  }
+  zyresult MeshMapAccessor(IZyObject*& accessor) override {
+    return Give<IZyMeshMap, headless::MeshMapAccessor>(accessor);
+  }
 
  private:
-  template <class Accessor>
+  template <class Interface, class Accessor>
   zyresult Give(IZyObject*& accessor) {
-    accessor = new Accessor(store_, LiveCounter());
+    accessor = static_cast<Interface*>(new Accessor(store_, LiveCounter()));
     return ZYe_OK;
   }
 

@@ -70,19 +70,8 @@ class CornerFinder {
     std::uint32_t corner = kNone;
   };
 
-  std::uint32_t FindMarked(std::uint32_t polygon, std::uint32_t point) {
-    if (marked_ != polygon) MarkCorners(polygon);
-    return marks_[point].polygon == polygon ? marks_[point].corner : kNone;
-  }
-
-  // Backwards, so that the first of several corners at a point stays.
-  void MarkCorners(std::uint32_t polygon) {
-    if (marks_.empty()) marks_.resize(mesh_.PointCount());
-    for (std::uint32_t corner = starts_[polygon + 1]; corner-- != starts_[polygon];) {
-      marks_[points_[corner]] = {polygon, corner};
-    }
-    marked_ = polygon;
-  }
+  std::uint32_t FindMarked(std::uint32_t polygon, std::uint32_t point);
+  void MarkCorners(std::uint32_t polygon);
 
   const MeshData& mesh_;
   const std::uint32_t* starts_;

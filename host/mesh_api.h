@@ -53,6 +53,22 @@ struct IZyPolygon : IZyObject {
   ~IZyPolygon() = default;
 };
 
+// What the accessor of a host may offer beside IZyPolygon: the answers for the three corners of a triangle at
+// once.
+struct IZyTriangleMaps : IZyObject {
+  static constexpr std::uint32_t kId = 0x205;
+
+  // Evaluates a map at the current polygon's corners of three points, as IZyPolygon::MapEvaluate does for each.
+  // Bit c of `evaluated`: values[c] was written. Bit c of `stored`: the polygon holds a value of its own at the
+  // corner, or the point does; that is, their two MapValue wouldn't both say ZYe_NO_VALUE. On failure nothing is
+  // written, and each corner is to be asked for alone.
+  virtual zyresult MapEvaluateTriangle(ZyMeshMapId map, const ZyPointId (&points)[3], float* const (&values)[3],
+                                       std::uint32_t& evaluated, std::uint32_t& stored) = 0;
+
+ protected:
+  ~IZyTriangleMaps() = default;
+};
+
 struct IZyMeshMap : IZyObject {
   static constexpr std::uint32_t kId = 0x203;
 

@@ -34,6 +34,14 @@ class CZyUser_Polygon : public CountedRef<IZyPolygon> {
   }
 };
 
+class CZyUser_TriangleMaps : public CountedRef<IZyTriangleMaps> {
+ public:
+  zyresult MapEvaluateTriangle(ZyMeshMapId map, const ZyPointId (&points)[3], float* const (&values)[3],
+                               std::uint32_t& evaluated, std::uint32_t& stored) const {
+    return Call(&IZyTriangleMaps::MapEvaluateTriangle, map, points, values, evaluated, stored);
+  }
+};
+
 class CZyUser_MeshMap : public CountedRef<IZyMeshMap> {
  public:
   zyresult FilterByType(std::uint32_t type) const { return Call(&IZyMeshMap::FilterByType, type); }

@@ -322,7 +322,7 @@ void MotionPlanner::AddClip(const aiAnimation& animation, unsigned index) {
       AddMotion(ReadWhole(node, MakeTracks(*channels.whole, seconds, Node(node).local)), clip);
     }
   }
-  if (!clip.motions.empty()) result_.clips.push_back(std::move(clip));
+  result_.clips.push_back(std::move(clip));
 }
 
 void MotionPlanner::FindScaledMoves() {

@@ -61,17 +61,20 @@ Vector3 Across(const Vector3& vector) {
   return length > 0 ? Times(across, 1 / length) : axis;
 }
 
-// Turns rows that are orthogonal, more or less, into a rotation; those without a length are made up.
-Matrix4 Orthonormalize(const std::array<Vector3, 3>& rows) {
-  Vector3 x = rows[0], y = rows[1];
-  if (Dot(x, x) == 0) x = Dot(y, y) == 0 ? Vector3{1, 0, 0} : Across(y);
-  x = Times(x, 1 / std::sqrt(Dot(x, x)));
-  y = Minus(y, Times(x, Dot(x, y)));
-  if (Dot(y, y) < 1e-24 * Dot(rows[1], rows[1]) || Dot(y, y) == 0) {
-    const Vector3 z = Minus(rows[2], Times(x, Dot(x, rows[2])));
-    y = Dot(z, z) > 0 ? Cross(z, x) : Across(x);
+// The first of the three that has a length, scaled to length 1.
+Vector3 UnitOf(const Vector3& vector, const Vector3& other, const Vector3& last) {
+  for (const Vector3& candidate : {vector, other, last}) {
+    const double length = std::sqrt(Dot(candidate, candidate));
+    if (length > kShearTolerance) return Times(candidate, 1 / length);
   }
-  y = Times(y, 1 / std::sqrt(Dot(y, y)));
+  return last;
+}
+
+// Turns rows of length 1 or 0 that are orthogonal, more or less, into a rotation.
+Matrix4 Orthonormalize(const std::array<Vector3, 3>& rows) {
+  const Vector3 x = UnitOf(rows[0], Cross(rows[1], rows[2]), Across(UnitOf(rows[1], rows[2], {1, 0, 0})));
+  const auto besideX = [&x](const Vector3& row) { return Minus(row, Times(x, Dot(x, row))); };
+  const Vector3 y = UnitOf(besideX(rows[1]), Cross(besideX(rows[2]), x), Across(x));
   Matrix4 rotation;
   SetRow(rotation, 0, x);
   SetRow(rotation, 1, y);
@@ -87,7 +90,10 @@ Matrix4 EigenRows(Matrix4 symmetric) {
       const std::size_t u = (axis + 1) % 3, v = (axis + 2) % 3;
       if (symmetric(u, v) == 0) continue;
       Vector3 angles = {0, 0, 0};
-      angles[axis] = 0.5 * std::atan2(2 * symmetric(u, v), symmetric(u, u) - symmetric(v, v));
+      // Of the two turns that clear the element, the smaller: with the larger the sweeps needn't converge.
+      const double difference = symmetric(u, u) - symmetric(v, v);
+      const double twice = 2 * symmetric(u, v);
+      angles[axis] = 0.5 * std::atan2(difference < 0 ? -twice : twice, std::abs(difference));
       const Matrix4 turn = Turn(angles);
       rows = turn * rows;
       Matrix4 back;
@@ -132,7 +138,13 @@ Placement DecomposeNearly(const Matrix4& matrix) {
   for (std::size_t row = 0; row < 3; ++row) {
     rows[row] = Row(matrix, row);
     placement.scale[row] = sign * std::sqrt(Dot(rows[row], rows[row]));
-    if (placement.scale[row] != 0) rows[row] = Times(rows[row], 1 / placement.scale[row]);
+  }
+  const double largest =
+      std::max({std::abs(placement.scale[0]), std::abs(placement.scale[1]), std::abs(placement.scale[2])});
+  for (std::size_t row = 0; row < 3; ++row) {
+    // What is left of a flat matrix's row by rounding has no direction.
+    const bool isFlat = std::abs(placement.scale[row]) <= 1e-12 * largest;
+    rows[row] = isFlat ? Vector3{0, 0, 0} : Times(rows[row], 1 / placement.scale[row]);
   }
   placement.angles = AnglesOf(Orthonormalize(rows), {0, 0, 0});
   return placement;

@@ -3,6 +3,7 @@
 #include "readers/import_names.h"
 #include "readers/import_process.h"
 #include "readers/mapped_file.h"
+#include "readers/program_files.h"
 #include "readers/temporary_directory.h"
 
 #include <fmt/core.h>
@@ -10,7 +11,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -48,7 +48,7 @@ std::shared_ptr<const TemporaryDirectory> MakePrivateDirectory(const fs::path& f
 
 ImportCall CallFor(const fs::path& file, const ReadOptions& options, const fs::path& directory) {
   ImportCall call;
-  call.program = ImporterPath();
+  call.program = ImporterFile();
   call.directory = directory;
   call.largestSize = options.importMemory;
   call.timeout = options.importTimeout;
@@ -127,15 +127,6 @@ void NameTemporaryImages(const ReadReport& report, headless::SceneData& scene) {
 }
 
 }  // namespace
-
-fs::path ImporterPath() {
-  constexpr char kName[] = "vornel-import";
-  if (const char* const named = std::getenv("VORNEL_IMPORT"); named && *named) return named;
-  std::error_code error;
-  const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
-  const fs::path beside = folder / kName;
-  return fs::exists(beside, error) ? beside : folder.parent_path() / "libexec" / "vornel" / kName;
-}
 
 headless::SceneData ReadForeign(const fs::path& file, const ReadOptions& options, ReadReport& report) {
   MappedFile::Open(file);  // tells what isn't there, can't be read or is no file

@@ -8,9 +8,6 @@
 
 namespace readers {
 
-// The program: $VORNEL_IMPORT, or vornel-import beside this program or in ../libexec/vornel.
-std::filesystem::path ImporterPath();
-
 // The importer writes a scene file into a private directory, from which it is read; the directory goes with
 // report.keepAlive. Throws InputError.
 headless::SceneData ReadForeign(const std::filesystem::path& file, const ReadOptions& options, ReadReport& report);

@@ -29,6 +29,12 @@ struct ForwardIndex {
 // The token at a place, as messages show it.
 std::string Shown(const char* place) { return ToUtf8(std::string(TokenAt(place).substr(0, 40))); }
 
+// Fills a stream up to a corner and lets it grow. What isn't touched costs no memory.
+[[gnu::noinline]] void MakeRoom(std::vector<std::uint32_t>& indices, std::size_t corner) {
+  if (corner >= indices.capacity()) indices.reserve(4 * corner + 4);
+  indices.resize(corner, kNone);
+}
+
 bool AtStatementEnd(const char* text) { return IsLineEnd(*text) || *text == '#'; }
 
 // Lines may lie in any order: statements are told apart by their first word, and state statements (o, g,
@@ -61,6 +67,7 @@ class Parser {
   int ReadNumbers(const char*& text, float (&values)[kMost], std::string_view what);
   const char* ReadNumber(const char* text, float& value);
   const char* ReadIndex(const char* text, Stream stream, std::vector<std::uint32_t>& indices, std::size_t corner);
+  [[gnu::noinline]] const char* ReadOtherIndex(const char* text, Stream stream, std::uint32_t& entry);
   std::uint32_t Resolve(const char* place, std::int64_t index, Stream stream);
   void AddColor(std::size_t point, const float* color);
   void ReadColorBlock(const char* text);
@@ -278,13 +285,24 @@ const char* Parser::ParseCorner(const char* text, ObjMesh& mesh) {
   return text;
 }
 
-const char* Parser::ReadIndex(const char* text, Stream stream, std::vector<std::uint32_t>& indices,
-                              std::size_t corner) {
+// Appends the index of a corner to its stream. Most indices are plain ones of what stands above.
+inline const char* Parser::ReadIndex(const char* text, Stream stream, std::vector<std::uint32_t>& indices,
+                                     std::size_t corner) {
+  std::uint64_t number = 0;
+  const char* end = ReadDigits(text, number);
+  auto entry = static_cast<std::uint32_t>(number - 1);
+  if (number - 1 >= static_cast<std::uint64_t>(counts_[stream]) || end - text > 18)
+    end = ReadOtherIndex(text, stream, entry);
+  if (indices.size() != corner || corner == indices.capacity()) MakeRoom(indices, corner);
+  indices.push_back(entry);
+  return end;
+}
+
+const char* Parser::ReadOtherIndex(const char* text, Stream stream, std::uint32_t& entry) {
   std::int64_t index = 0;
   const char* end = ReadInteger(text, index);
   if (!end) Fail(text, fmt::format("bad {} index in \"{}\"", kStreamNames[stream], Shown(text)));
-  if (indices.size() < corner) indices.resize(corner, kNone);
-  indices.push_back(Resolve(text, index, stream));
+  entry = Resolve(text, index, stream);
   return end;
 }
 

@@ -33,6 +33,7 @@ struct ReadOptions {
 struct ReadReport {
   std::vector<std::string> warnings;         // what was skipped, a line each
   std::vector<std::filesystem::path> files;  // read besides the scene's own file: arrays, material libraries
+  std::vector<std::filesystem::path> missing;  // would have been read too, but aren't there or can't be read
   // Images that the file holds were written to these, absolute, and the scene names them so. They go with the last
   // copy of `keepAlive`, which the scene's arrays don't need.
   std::vector<std::filesystem::path> temporaryImages;

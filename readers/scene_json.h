@@ -26,11 +26,12 @@ struct JsonFault {
 
 enum class LongLists {
   InTree,
-  InText,  // long lists of numbers stay in the text, which must be there as long as the tree; see scene_lists.h
+  InText,  // long lists of numbers stay in the text, see scene_lists.h: that of a mapped file, there as long as
+           // the tree
 };
 
-// Numbers are read exactly: whole ones as integers, all others as the nearest f64. A byte order mark is passed over.
-// Throws InputError "file:line:column: reason".
+// Numbers are read exactly: whole ones as integers, all others as the nearest f64. A byte order mark is passed
+// over. Throws InputError "file:line:column: reason".
 void ParseJson(std::string_view text, const std::string& file, LongLists longLists, rapidjson::Document& document);
 
 // Adds the JSON pointer from one value to another one inside it to the front of `place`; false when it isn't

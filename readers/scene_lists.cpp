@@ -168,7 +168,8 @@ LongListReader::LongListReader(const Json& list)
       cursor_(FindLongList(list)->begin + 1),
       kept_(cursor_),
       end_(FindLongList(list)->end),
-      memory_(buffer_, sizeof buffer_) {}
+      buffer_(4096 / sizeof(std::max_align_t)),
+      memory_(buffer_.data(), 4096) {}
 
 const Json* LongListReader::Next() {
   MappedFile::Forget(kept_, cursor_);

@@ -92,7 +92,7 @@ class LongListReader {
   const char* kept_;  // the text from here on
   const char* end_;
   std::uint64_t count_ = 0;
-  alignas(std::max_align_t) char buffer_[4096];  // for entries of a few numbers
+  std::vector<std::max_align_t> buffer_;  // for entries of a few numbers; not on the stack of callers that nest
   rapidjson::MemoryPoolAllocator<> memory_;
   Json entry_;
 };

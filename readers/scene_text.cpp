@@ -66,6 +66,7 @@ void SceneText::Text(const std::string& text) {
 
 void SceneText::Close() {
   Put("\n");
+  Flush();
   file_.Close();
 }
 
@@ -124,9 +125,16 @@ void SceneText::Quote(std::string_view text) {
   Put(quoted + "\"");
 }
 
+void SceneText::Flush() {
+  file_.Write(waiting_.data(), waiting_.size());
+  waiting_.clear();
+}
+
 void SceneText::Put(std::string_view text) {
-  file_.Write(text.data(), text.size());
+  constexpr std::size_t kBlock = 1 << 16;
+  waiting_ += text;
   column_ += text.size();
+  if (waiting_.size() >= kBlock) Flush();
 }
 
 }  // namespace readers

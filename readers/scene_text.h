@@ -68,8 +68,10 @@ class SceneText {
   void Raw(std::string_view text);
   void Quote(std::string_view text);
   void Put(std::string_view text);
+  void Flush();
 
   OutputFile file_;
+  std::string waiting_;  // not yet written to the file
   std::vector<Level> levels_;
   std::size_t column_ = 0;
   bool hasKey_ = false;  // the next value belongs to a key that is written

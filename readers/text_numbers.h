@@ -76,7 +76,8 @@ const char* ReadAnyNumber(const char* text, const char* end, T& value) {
 // Adds the digits at `text` to a number on its right and gives their end. The number is meaningless above 18
 // digits. Digits come in short runs: taking eight bytes at once proved slower.
 inline const char* ReadDigits(const char* text, std::uint64_t& number) {
-  for (; IsDigit(*text); ++text) number = number * 10 + static_cast<std::uint64_t>(*text - '0');
+  for (std::uint64_t digit; (digit = static_cast<unsigned char>(*text) - std::uint64_t{'0'}) < 10; ++text)
+    number = number * 10 + digit;
   return text;
 }
 

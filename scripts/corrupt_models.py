@@ -15,6 +15,7 @@ import pathlib
 import random
 import resource
 import shutil
+import signal
 import struct
 import subprocess
 import sys
@@ -24,6 +25,7 @@ import time
 
 EXTENSIONS = {".dae", ".fbx", ".gltf", ".glb", ".obj", ".ply", ".stl", ".3ds"}
 SKIPPED = 77
+CHUNK = 20
 OLD = b"what stood there before"
 # Beyond the limit of reading: what the export takes itself, on a machine that does other things too.
 SPARE_SECONDS = 20
@@ -46,8 +48,8 @@ def corrupt(data, case, options):
 class Workplace:
     """A worker's own copy of the model's folder, with room for the output and for temporary files."""
 
-    def __init__(self):
-        self.root = pathlib.Path(tempfile.mkdtemp(prefix="corrupt-"))
+    def __init__(self, root):
+        self.root = pathlib.Path(tempfile.mkdtemp(dir=root))
         self.model = None
 
     def enter(self, model):
@@ -69,9 +71,10 @@ options = None
 
 def start_worker(parsed):
     global workplace, options
+    signal.signal(signal.SIGTERM, signal.SIG_DFL)
+    signal.signal(signal.SIGINT, signal.SIG_IGN)
     options = parsed
-    workplace = Workplace()
-    multiprocessing.util.Finalize(workplace, shutil.rmtree, args=(workplace.root, True), exitpriority=1)
+    workplace = Workplace(options.root)
     # A command that takes far too much fails instead of taking the machine with it.
     if not options.sanitized:
         most = 4 * options.memory << 20
@@ -167,15 +170,14 @@ def parse_options():
     parser.add_argument("--changes", type=int, default=1000)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--jobs", type=int, default=2)
-    parser.add_argument("--timeout", type=int, default=20, help="seconds that reading may take")
-    parser.add_argument("--memory", type=int, default=1024, help="MiB that reading may take")
+    parser.add_argument("--timeout", type=int, default=3, help="seconds that reading may take")
+    parser.add_argument("--memory", type=int, default=512, help="MiB that reading may take")
     parser.add_argument("--keep", type=pathlib.Path, help="folder for the inputs that broke a promise")
     parser.add_argument("--sanitized", action="store_true", help="the command is a sanitizer's build: no memory limit")
     return parser.parse_args()
 
 
-def main():
-    parsed = parse_options()
+def run(parsed):
     if not parsed.models.is_dir():
         print(f"SKIPPED, NOTHING WAS TESTED: there is no folder {parsed.models}")
         return SKIPPED
@@ -183,16 +185,30 @@ def main():
                     if file.suffix.lower() in EXTENSIONS and fnmatch.fnmatch(file.name, parsed.only))
     cases = [Case(model, kind, number) for model in models
              for kind, count in (("cut", parsed.cuts), ("change", parsed.changes)) for number in range(count)]
+    # A run that is broken off has looked at all models about as much.
+    cases.sort(key=lambda case: (case.number // CHUNK, case.model, case.kind))
     outcomes = []
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     with multiprocessing.Pool(parsed.jobs, start_worker, (parsed,)) as pool:
-        for outcome in pool.imap_unordered(run_case, cases, chunksize=20):
-            outcomes.append(outcome)
-            for fault in outcome.faults:
-                print(f"BROKEN {outcome.case.model.name} {outcome.case.kind} {outcome.case.number}: {fault}", flush=True)
-        pool.close()
-        pool.join()
+        try:
+            for outcome in pool.imap_unordered(run_case, cases, chunksize=CHUNK):
+                outcomes.append(outcome)
+                for fault in outcome.faults:
+                    case = outcome.case
+                    print(f"BROKEN {case.model.name} {case.kind} {case.number}: {fault}", flush=True)
+            pool.close()
+            pool.join()
+        except KeyboardInterrupt:
+            signal.signal(signal.SIGTERM, signal.SIG_IGN)
+            print(f"BROKEN OFF after {len(outcomes)} of {len(cases)} runs")
     print_table(outcomes)
     return 1 if not outcomes or any(outcome.faults for outcome in outcomes) else 0
+
+
+def main():
+    parsed = parse_options()
+    with tempfile.TemporaryDirectory(prefix="corrupt-") as parsed.root:
+        return run(parsed)
 
 
 if __name__ == "__main__":

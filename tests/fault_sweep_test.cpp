@@ -1,4 +1,5 @@
 // Saves under a host of which one call fails, for each call in turn.
+#include "host/mesh_api.h"
 #include "readers/read_scene.h"
 #include "tests/support/failing_host.h"
 #include "tests/support/glb_reader.h"
@@ -33,8 +34,11 @@ struct FaultyRun {
   std::vector<LogLine> log;
 };
 
+enum class TriangleMaps { Offered, Hidden };
+
 // Loads the module and saves, with call `k` of both together failing, none for 0.
-FaultyRun SaveWithFault(const headless::SceneData& scene, const fs::path& output, std::size_t k) {
+FaultyRun SaveWithFault(const headless::SceneData& scene, const fs::path& output, std::size_t k,
+                        TriangleMaps maps = TriangleMaps::Offered) {
   FaultyRun run;
   {
     headless::Host inner(scene);
@@ -42,6 +46,7 @@ FaultyRun SaveWithFault(const headless::SceneData& scene, const fs::path& output
     {
       test_support::FailingHost host(inner, *inner.Scene());
       IZyScene* target = host.Scene();
+      if (maps == TriangleMaps::Hidden) host.HideInterface(IZyTriangleMaps::kId);
       host.FailCall(k);
       {
         const test_support::LoadedModule module(host);
@@ -91,21 +96,40 @@ void CheckRun(const FaultyRun& run, const fs::path& output) {
   }
 }
 
-class FaultSweep : public testing::TestWithParam<const char*> {};
-
-TEST_P(FaultSweep, EveryCallMayFail) {
-  const test_support::TempDirectory directory;
-  const fs::path output = directory.Path() / GetParam();
+headless::SceneData GoldenScene(const fs::path& output) {
   readers::ReadReport report;
-  const headless::SceneData scene =
-      readers::ReadScene(fs::path(VORNEL_SOURCE_DIR) / "tests" / "golden" / output.stem().concat(".orvo"), report);
-  const FaultyRun sound = SaveWithFault(scene, output, 0);
+  return readers::ReadScene(fs::path(VORNEL_SOURCE_DIR) / "tests" / "golden" / output.stem().concat(".orvo"),
+                            report);
+}
+
+void Sweep(const char* name, TriangleMaps maps) {
+  const test_support::TempDirectory directory;
+  const fs::path output = directory.Path() / name;
+  const headless::SceneData scene = GoldenScene(output);
+  const FaultyRun sound = SaveWithFault(scene, output, 0, maps);
   EXPECT_EQ(sound.result, ZYe_OK);
-  for (std::size_t k = 0; k <= sound.calls && !HasFailure(); ++k) {
+  for (std::size_t k = 0; k <= sound.calls && !testing::Test::HasFailure(); ++k) {
     SCOPED_TRACE("call " + std::to_string(k));
     fs::remove(output);
-    CheckRun(SaveWithFault(scene, output, k), output);
+    CheckRun(SaveWithFault(scene, output, k, maps), output);
   }
+}
+
+class FaultSweep : public testing::TestWithParam<const char*> {};
+
+TEST_P(FaultSweep, EveryCallMayFail) { Sweep(GetParam(), TriangleMaps::Offered); }
+
+TEST(HostWithoutTriangleMaps, EveryCallMayFail) { Sweep("meshes.glb", TriangleMaps::Hidden); }
+
+TEST(HostWithoutTriangleMaps, GivesTheSameTangents) {
+  const test_support::TempDirectory directory;
+  const fs::path output = directory.Path() / "tangents.gltf";
+  std::vector<std::uint8_t> bytes[2];
+  for (const TriangleMaps maps : {TriangleMaps::Offered, TriangleMaps::Hidden}) {
+    SaveWithFault(GoldenScene(output), output, 0, maps);
+    bytes[static_cast<std::size_t>(maps)] = test_support::ReadGltfFile(output).bytes;
+  }
+  EXPECT_EQ(bytes[0], bytes[1]);
 }
 
 INSTANTIATE_TEST_SUITE_P(Scenes, FaultSweep, testing::ValuesIn(kOutputs),

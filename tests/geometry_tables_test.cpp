@@ -4,15 +4,16 @@
 #include "geometry/tangent_table.h"
 #include "geometry/value_table.h"
 #include "geometry/vertex_fold.h"
+#include "geometry/wedges.h"
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <limits>
 #include <map>
 #include <random>
-#include <unordered_set>
 
 namespace {
 
@@ -45,83 +46,124 @@ TEST(PointIndexTable, FirstPlaceOfAnIdStays) {
     }
     for (ZyPointId id = 0; id < 12; ++id) {
       const auto expected = model.find(id);
-      EXPECT_EQ(table.Find(id), expected == model.end() ? std::nullopt : std::optional(expected->second)) << id;
+      EXPECT_EQ(table.Find(id), expected == model.end() ? kUnknownPoint : expected->second) << id;
     }
     EXPECT_EQ(table.Find(ids.front()), 0u);
   }
 }
 
-struct RandomCorners {
-  std::vector<std::vector<std::uint32_t>> streams;  // the points, then the attributes
-  std::size_t pointCount;
+// A mesh with two UV maps and a colour map whose corners take few values each, signed zeros among them.
+class WedgeRig {
+ public:
+  WedgeRig(std::uint32_t points, std::uint32_t seed) : random_(seed), points_(points) {
+    scan_.currentMesh = &mesh_;
+    for (int k = 0; k < 2; ++k) scan_.uvScans.push_back({mesh_.CreateUvMap()});
+    scan_.colorScans.push_back({mesh_.CreateColorMap()});
+    for (std::uint32_t point = 0; point < points; ++point) {
+      scan_.pointIndexById.Add(point + 1, point);
+      mesh_.AddPosition(point, 0, 0);
+    }
+    StartWedges(scan_, 0);
+  }
 
-  CornerTables Tables() const {
-    CornerTables tables{streams[0], pointCount, {}};
-    for (std::size_t i = 1; i < streams.size(); ++i) tables.attributes.push_back(streams[i]);
-    return tables;
+  // A point id of every `unknown` is none of the mesh's; 0 for none. Of `spread` values each number takes one.
+  void AddTriangle(std::uint32_t spread, std::uint32_t unknown) {
+    ZyPointId ids[3];
+    for (std::size_t c = 0; c < 3; ++c) {
+      CornerValues& corner = scan_.corners[c];
+      corner.normal = {Number(spread), 1, Number(3)};
+      for (std::size_t k = 0; k < 2; ++k) {
+        corner.missingUvs[k] = Below(4) == 0;
+        corner.uvs[k] = {};
+        if (corner.missingUvs[k] == 0)
+          corner.uvs[k] = {static_cast<float>(Number(2)), static_cast<float>(Number(2))};
+      }
+      corner.colors[0] = {static_cast<float>(Number(2)), 0, 0, 1};
+      values_.push_back(corner);
+      ids[c] = unknown != 0 && Below(unknown) == 0 ? 1000000 : 1 + Below(points_);
+      if (ids[c] != 1000000) places_.push_back(static_cast<std::uint32_t>(ids[c] - 1));
+    }
+    AddCorners(scan_, ids);
   }
-  std::vector<std::uint32_t> Key(std::uint32_t corner) const {
-    std::vector<std::uint32_t> key;
-    for (const auto& stream : streams) key.push_back(stream[corner]);
-    return key;
+
+  void ExpectMatchesModel();
+
+ private:
+  std::uint32_t Below(std::uint32_t bound) { return static_cast<std::uint32_t>(random_() % bound); }
+  double Number(std::uint32_t spread) {
+    const double sign = Below(2) == 0 ? 1 : -1;
+    return sign * Below(spread);
   }
+
+  std::mt19937 random_;
+  std::uint32_t points_;
+  GltfMesh mesh_;
+  MeshScanState scan_;
+  std::vector<CornerValues> values_;   // per corner
+  std::vector<std::uint32_t> places_;  // of the corners with a known point
 };
 
-RandomCorners MakeCorners(std::mt19937& random, std::size_t triangles, std::uint32_t points, std::uint32_t values,
-                          std::size_t attributes) {
-  RandomCorners corners{std::vector<std::vector<std::uint32_t>>(attributes + 1), points};
-  for (std::size_t stream = 0; stream <= attributes; ++stream)
-    for (std::size_t corner = 0; corner < 3 * triangles; ++corner)
-      corners.streams[stream].push_back(static_cast<std::uint32_t>(random() % (stream == 0 ? points : values)));
-  return corners;
-}
+// Bits of a number, in which the zeros differ.
+std::uint64_t Bits(double number) { return std::bit_cast<std::uint64_t>(number); }
 
-// Vertices are numbered by first sight, two corners are one vertex exactly when all their entries are equal,
-// and the list has the triangles' corners in order.
-void ExpectFolded(const RandomCorners& corners, const std::vector<std::uint32_t>& triangles) {
-  const VertexFold fold = FoldCorners(triangles, corners.Tables());
-  std::map<std::vector<std::uint32_t>, std::uint32_t> model;
-  std::size_t place = 0;
-  ASSERT_EQ(fold.indices.size(), 3 * triangles.size());
-  for (const std::uint32_t triangle : triangles)
-    for (std::uint32_t c = 0; c < 3; ++c) {
-      const auto vertex =
-          model.try_emplace(corners.Key(3 * triangle + c), static_cast<std::uint32_t>(model.size()));
-      ASSERT_EQ(fold.indices[place++], vertex.first->second);
-      if (vertex.second) {
-        ASSERT_EQ(fold.corners[vertex.first->second], 3 * triangle + c);
-      }
+// Corner k has the place of the k-th known point. Corners with equal places and values are one wedge, and equal
+// values have the signs of zeros that came first: of all normals and colours, and of the UVs of a point.
+void WedgeRig::ExpectMatchesModel() {
+  FinishWedges(scan_);
+  using Row = std::vector<double>;
+  std::map<Row, std::uint32_t> wedges;
+  std::map<Row, Row> normals, colors, uvs[2];  // as they came first
+  ASSERT_EQ(mesh_.wedgeIndex.size(), places_.size());
+  for (std::size_t corner = 0; corner < places_.size(); ++corner) {
+    const CornerValues& v = values_[corner];
+    const double place = places_[corner];
+    const double length = std::sqrt(v.normal[0] * v.normal[0] + 1 + v.normal[2] * v.normal[2]);
+    const Row normal = {v.normal[0] / length, 1 / length, v.normal[2] / length};
+    const Row color(v.colors[0].begin(), v.colors[0].end());
+    Row key = {place, color[0]};
+    key.insert(key.end(), normal.begin(), normal.end());
+    const std::uint32_t wedge = mesh_.wedgeIndex[corner];
+    for (std::size_t k = 0; k < 2; ++k) {
+      const Row uv = {place, v.uvs[k][0], v.uvs[k][1]};
+      key.insert(key.end(), {uv[1], uv[2], static_cast<double>(v.missingUvs[k])});
+      const Row first = v.missingUvs[k] != 0 ? Row{place, 0, 0} : uvs[k].try_emplace(uv, uv).first->second;
+      for (std::size_t i = 0; i < 2; ++i)
+        ASSERT_EQ(Bits(double{scan_.uvScans[k].uvMap->data[wedge][i]}), Bits(first[i + 1])) << corner;
     }
-  EXPECT_EQ(fold.corners.size(), model.size());
+    ASSERT_EQ(wedges.try_emplace(key, static_cast<std::uint32_t>(wedges.size())).first->second, wedge) << corner;
+    ASSERT_EQ(mesh_.positionIndex[wedge], places_[corner]);
+    const Row& firstNormal = normals.try_emplace(normal, normal).first->second;
+    for (std::size_t i = 0; i < 3; ++i) ASSERT_EQ(Bits(mesh_.normals[wedge][i]), Bits(firstNormal[i])) << corner;
+    const Row& firstColor = colors.try_emplace(color, color).first->second;
+    ASSERT_EQ(Bits(double{mesh_.colorMaps[0]->data[wedge][0]}), Bits(firstColor[0])) << corner;
+  }
+  EXPECT_EQ(mesh_.positionIndex.size(), wedges.size());
+  EXPECT_EQ(mesh_.normals.size(), wedges.size());
 }
 
-TEST(VertexFold, MatchesAPlainModel) {
-  std::mt19937 random(7);
+TEST(Wedges, MatchAPlainModel) {
   struct Case {
-    std::size_t triangles;
-    std::uint32_t points, values;
-    std::size_t attributes;
+    std::uint32_t triangles, points, spread, unknown;
   };
-  // Many corners a point (the long lists), few (the short ones), a few corners of a large mesh (no full table).
-  const Case cases[] = {
-      {300, 40, 3, 1}, {2000, 3, 500, 2}, {2000, 1, 100000, 1}, {500, 100000, 2, 4}, {1, 3, 1, 0}};
+  // Few values a point, so many that lists go on in the hash table, and points that weren't seen.
+  const Case cases[] = {{1000, 40, 2, 0}, {3000, 2, 300, 0}, {300, 10, 2, 5}, {2, 3, 2, 1}};
+  std::uint32_t seed = 1;
   for (const Case& c : cases) {
-    const RandomCorners corners = MakeCorners(random, c.triangles, c.points, c.values, c.attributes);
-    std::vector<std::uint32_t> all, some;
-    for (std::uint32_t t = 0; t < c.triangles; ++t) {
-      all.push_back(t);
-      if (random() % 3 == 0) some.push_back(t);
-    }
-    ExpectFolded(corners, all);
-    ExpectFolded(corners, some);
+    SCOPED_TRACE(seed);
+    WedgeRig rig(c.points, seed++);
+    for (std::uint32_t t = 0; t < c.triangles; ++t) rig.AddTriangle(c.spread, c.unknown);
+    rig.ExpectMatchesModel();
   }
 }
 
-TEST(VertexFold, LeavesOutTrianglesBeyondTheTables) {
-  const RandomCorners corners{{{0, 1, 2, 0, 1}, {0, 0, 0, 0, 0, 0}}, 3};
-  const std::uint32_t triangles[] = {1, 0, 4000000000u};
-  const VertexFold fold = FoldCorners(triangles, corners.Tables());
-  EXPECT_EQ(fold.indices, (std::vector<std::uint32_t>{0, 1, 2}));
+TEST(VertexFold, NumbersWedgesByFirstSight) {
+  const std::vector<std::uint32_t> wedges = {4, 2, 4, 0, 2, 9, 9, 9, 1, 3, 4};  // the last triangle isn't whole
+  const std::uint32_t triangles[] = {1, 0, 3, 4000000000u, 2};
+  for (const std::size_t wedgeCount : {10, 1000000}) {  // a full table, and none for few corners of a large mesh
+    const VertexFold fold = FoldCorners(triangles, wedges, wedgeCount);
+    EXPECT_EQ(fold.indices, (std::vector<std::uint32_t>{0, 1, 2, 3, 1, 3, 2, 2, 4}));
+    EXPECT_EQ(fold.wedges, (std::vector<std::uint32_t>{0, 2, 9, 4, 1}));
+  }
 }
 
 // The tangent table as its description has it: a list of entries, and the bucket of each worked out anew.

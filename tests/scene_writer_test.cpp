@@ -146,13 +146,13 @@ SceneData OddScene() {
   AddOddChannels(At(scene, turn));
   At(scene, move).channels.erase(At(scene, move).channels.begin());
   At(scene, move).channels.push_back(At(scene, move).channels.front());
-  At(scene, group).deformGroup = {{first, first}, {deformer}, {}, false};
+  At(scene, group).deformGroup = headless::DeformGroupData{{first, first}, {deformer}, {}, false};
   At(scene, group).deformGroup->influences.resize(2);
   At(scene, group).deformGroup->influences[1] = {std::vector<std::uint32_t>{0, 1, 1, 1},
                                                  std::vector<std::uint32_t>{0}, std::vector<float>{0.1f}};
   At(scene, deformer).deformationItem = bone;
   At(scene, deformer).weightMap = "w";
-  At(scene, actor).group = {{clip, clip}, {{turn, 1}, {move, 2}}};
+  At(scene, actor).group = headless::GroupData{{clip, clip}, {{turn, 1}, {move, 2}}};
   At(scene, clip).clip->exportTag = "T";
   At(scene, clip).clip->enabled = false;
   At(scene, clip).clip->channels = {{{turn, 0}, headless::ChannelValue(2.0)},

@@ -14,6 +14,7 @@ using RunCommand = std::function<int()>;
 
 // Each adds a subcommand with its options to the app and says how to run it. What a subcommand throws while the
 // arguments are parsed, CLI::ValidationError, is a usage error.
+RunCommand AddBatch(CLI::App& app);
 RunCommand AddExport(CLI::App& app);
 RunCommand AddInfo(CLI::App& app);
 RunCommand AddLoadOptions(CLI::App& app);

@@ -109,16 +109,7 @@ void CheckUserValueName(const std::string& name) {
 }
 
 void AddReportOptions(CLI::App& command, ExportArguments& arguments) {
-  static const std::map<std::string, ProgressWish> kWishes = {{"auto", ProgressWish::Auto},
-                                                              {"none", ProgressWish::None},
-                                                              {"bar", ProgressWish::Bar},
-                                                              {"plain", ProgressWish::Plain}};
-  command
-      .add_option_function<std::string>(
-          "--progress", [&arguments](const std::string& word) { arguments.progress = kWishes.at(word); },
-          "show a bar on a terminal (auto, bar), plain lines anywhere, or nothing [auto]")
-      ->type_name("auto|none|bar|plain")
-      ->check(CLI::IsMember(kWishes).description(""));
+  AddProgressOption(command, arguments.progress);
   command.add_option("--report", arguments.reportFile, "write a report of the export as JSON")->type_name("FILE");
   command
       .add_option("--preview", arguments.previewPage,
@@ -195,15 +186,39 @@ void CheckOutputNames(const ExportArguments& arguments) {
 
 }  // namespace
 
+void AddProgressOption(CLI::App& command, ProgressWish& wish) {
+  static const std::map<std::string, ProgressWish> kWishes = {{"auto", ProgressWish::Auto},
+                                                              {"none", ProgressWish::None},
+                                                              {"bar", ProgressWish::Bar},
+                                                              {"plain", ProgressWish::Plain}};
+  command
+      .add_option_function<std::string>(
+          "--progress", [&wish](const std::string& word) { wish = kWishes.at(word); },
+          "show a bar on a terminal (auto, bar), plain lines anywhere, or nothing [auto]")
+      ->type_name("auto|none|bar|plain")
+      ->check(CLI::IsMember(kWishes).description(""));
+}
+
+std::vector<std::filesystem::path> SideFiles(const ExportArguments& arguments) {
+  std::vector<std::filesystem::path> files;
+  for (const auto* file : {&arguments.logFile, &arguments.reportFile, &arguments.previewPage})
+    if (!file->empty()) files.push_back(*file);
+  return files;
+}
+
+void AddExportArguments(CLI::App& command, ExportArguments& arguments) {
+  AddOptions(command, arguments);
+  command.callback([&arguments] {
+    CheckOutputNames(arguments);
+    CheckTargets(arguments);
+  });
+}
+
 RunCommand AddExport(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("export", "Export a scene to glTF 2.0.");
   const auto arguments = std::make_shared<ExportArguments>();
-  AddOptions(command, *arguments);
-  command.callback([arguments] {
-    CheckOutputNames(*arguments);
-    CheckTargets(*arguments);
-  });
-  return [arguments] { return RunExport(*arguments, Report(arguments->verbosity)); };
+  AddExportArguments(command, *arguments);
+  return [arguments] { return RunExport(*arguments, Report(arguments->verbosity)).exitCode; };
 }
 
 }  // namespace tool

@@ -11,6 +11,10 @@
 #include <string>
 #include <vector>
 
+namespace CLI {
+class App;
+}
+
 namespace tool {
 
 struct UserValue {
@@ -34,5 +38,15 @@ struct ExportArguments {
   ProgressWish progress = ProgressWish::Auto;
   Strictness strictness = Strictness::Lenient;
 };
+
+// The log, the report and the preview page, those that are asked for.
+std::vector<std::filesystem::path> SideFiles(const ExportArguments& arguments);
+
+// Adds --progress.
+void AddProgressOption(CLI::App& command, ProgressWish& wish);
+
+// Adds INPUT and all options of an export to a command, whose parsing fills `arguments`, which must outlive it,
+// and throws CLI::ValidationError for what doesn't go together.
+void AddExportArguments(CLI::App& command, ExportArguments& arguments);
 
 }  // namespace tool

@@ -1,7 +1,9 @@
 #include "tool/export_job.h"
 
 #include "headless/host.h"
+#include "headless/module_loader.h"
 #include "headless/host_paths.h"
+#include "readers/program_files.h"
 #include "readers/read_scene.h"
 #include "tool/export_plan.h"
 #include "tool/image_copies.h"
@@ -9,7 +11,6 @@
 #include "tool/index_bits.h"
 #include "tool/input_check.h"
 #include "tool/log_file.h"
-#include "tool/module_loader.h"
 #include "tool/output_check.h"
 #include "tool/output_error.h"
 #include "tool/preview_page.h"
@@ -100,6 +101,9 @@ void ExportRun::ExportToFile() {
 
 headless::SceneData ExportRun::ReadInput() {
   headless::SceneData scene = readers::ReadScene(arguments_.input, arguments_.reading, read_);
+  outcome_.sources = {arguments_.input};
+  for (const std::vector<fs::path>* files : {&read_.files, &read_.missing})
+    outcome_.sources.insert(outcome_.sources.end(), files->begin(), files->end());
   CheckInputStays(arguments_.input, read_.files, WrittenFiles());
   for (const std::string& warning : read_.warnings) {
     report_.Warning(warning);
@@ -136,6 +140,9 @@ void ExportRun::SettleImages(headless::SceneData& scene) {
     CheckImageCopies(scene, arguments_.output, arguments_.input, images);
     if (staged != arguments_.output) CheckImageCopies(scene, staged, arguments_.input, images);
   }
+  const std::vector<fs::path>& own = read_.temporaryImages;
+  for (fs::path& file : images.files)
+    if (std::find(own.begin(), own.end(), file) == own.end()) outcome_.sources.push_back(std::move(file));
   for (const std::string& note : images.notes) report_.Note(note);
   for (const std::string& warning : images.warnings) {
     report_.Warning(warning);
@@ -144,8 +151,8 @@ void ExportRun::SettleImages(headless::SceneData& scene) {
 }
 
 std::vector<fs::path> ExportRun::WrittenFiles() const {
-  std::vector<fs::path> written = {arguments_.output, arguments_.logFile, arguments_.reportFile,
-                                   arguments_.previewPage};
+  std::vector<fs::path> written = SideFiles(arguments_);
+  written.push_back(arguments_.output);
   if (KindOf(arguments_.output) == OutputKind::Gltf)
     written.push_back(fs::path(arguments_.output).replace_extension(".bin"));
   return written;
@@ -183,7 +190,7 @@ void ExportRun::SaveLogged(headless::Host& host, const fs::path& file) {
 // Runs the saver that the output's extension asks for. It gets no monitor, with which it would count the messages
 // of its scan apart and log another summary.
 void ExportRun::Save(headless::Host& host, const fs::path& file) {
-  const LoadedModule module(arguments_.module.empty() ? DefaultModulePath() : arguments_.module, host);
+  const headless::LoadedModule module(arguments_.module.empty() ? readers::ModuleFile() : arguments_.module, host);
   const CountedRef<IZySaver> saver = module.NewSaver(KindOf(file) == OutputKind::Glb ? "gltf.bin" : "gltf.gltf");
   const zyresult result = saver.Raw()->Save(host.Scene(), headless::ToHostPath(file.string()).c_str(), nullptr);
   if (ZyFailed(result))
@@ -248,7 +255,7 @@ std::optional<Failure> FailureOf(const fs::path& file, Function run) {
     return std::nullopt;
   } catch (const readers::InputError& error) {
     return Failure{kInput, error.what()};
-  } catch (const ModuleError& error) {
+  } catch (const headless::ModuleError& error) {
     return Failure{kUsage, error.what()};
   } catch (const OutputError& error) {
     return Failure{kOutput, error.what()};
@@ -286,22 +293,25 @@ ExportOutcome ExportScene(const ExportArguments& arguments, const Report& report
   return outcome;
 }
 
-int RunExport(const ExportArguments& arguments, const Report& report) {
+ExportOutcome RunExport(const ExportArguments& arguments, const Report& report) {
   // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
   for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
-  ExitCode exitCode = kDone;
+  ExportOutcome outcome;
   const std::optional<Failure> failure = FailureOf(arguments.reportFile, [&] {
     std::optional<ReportFile> file;
     if (!arguments.reportFile.empty()) file.emplace(arguments.reportFile);
-    const ExportOutcome outcome = ExportScene(arguments, report);
-    exitCode = outcome.exitCode;
+    outcome = ExportScene(arguments, report);
     if (outcome.written)
       for (const std::string& line : ReportTable(outcome)) report.Note(line);
     if (file) file->Write(ReportJson(arguments, outcome));
   });
-  if (!failure) return exitCode;
+  if (!failure) return outcome;
   report.Error(failure->text);
-  return exitCode == kDone || exitCode == kWarnings ? failure->exitCode : exitCode;
+  if (outcome.exitCode == kDone || outcome.exitCode == kWarnings) {
+    outcome.exitCode = failure->exitCode;
+    outcome.error = failure->text;
+  }
+  return outcome;
 }
 
 }  // namespace tool

@@ -11,7 +11,7 @@ namespace tool {
 // told and stands in the outcome.
 ExportOutcome ExportScene(const ExportArguments& arguments, const Report& report);
 
-// ExportScene with the reports that the arguments ask for. Returns the exit code.
-int RunExport(const ExportArguments& arguments, const Report& report);
+// ExportScene with the reports that the arguments ask for.
+ExportOutcome RunExport(const ExportArguments& arguments, const Report& report);
 
 }  // namespace tool

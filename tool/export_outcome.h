@@ -26,6 +26,7 @@ struct ExportOutcome {
   std::string error;                     // empty for none
   std::vector<WrittenFile> files;        // in place; the output last
   std::optional<WrittenCounts> written;  // none when the export failed
+  std::vector<std::filesystem::path> sources;  // looked at for the scene, whether they were there or not
   std::vector<NotCarried> notCarried;    // each once
   std::vector<MessageGroup> messages;
   std::map<std::string, std::int32_t> userValues;  // in force, those that were set

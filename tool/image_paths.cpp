@@ -54,7 +54,7 @@ class ImageFinder {
  private:
   Verdict Judge(const std::string& path) const;
   bool IsBackslashName(const std::string& path) const;
-  std::optional<std::string> FindByName(const std::string& path) const;
+  std::optional<std::string> FindByName(const std::string& path, ImageReport& report) const;
 
   std::string directory_;
   fs::path canonicalDirectory_;
@@ -101,19 +101,22 @@ bool ImageFinder::IsBackslashName(const std::string& path) const {
   return file.string().find('\\') != std::string::npos && fs::is_regular_file(file, ignored);
 }
 
-std::optional<std::string> ImageFinder::FindByName(const std::string& path) const {
+std::optional<std::string> ImageFinder::FindByName(const std::string& path, ImageReport& report) const {
   const std::string name = path.substr(path.find_last_of("/\\") + 1);
   if (name.empty()) return std::nullopt;
-  for (const std::string& place : places_)
+  for (const std::string& place : places_) {
+    report.files.push_back(ImageFile(directory_, place + name));
     if (Judge(place + name) == Verdict::Taken) return place + name;
+  }
   return std::nullopt;
 }
 
 std::optional<std::string> ImageFinder::Settle(const std::string& path, ImageReport& report) const {
+  report.files.push_back(ImageFile(directory_, path));
   const Verdict verdict = Judge(path);
   if (verdict == Verdict::Taken) return path;
   if (verdict == Verdict::Missing || verdict == Verdict::OutsideRoots || verdict == Verdict::Backslash) {
-    if (std::optional<std::string> found = FindByName(path)) {
+    if (std::optional<std::string> found = FindByName(path, report)) {
       report.notes.push_back(fmt::format("image \"{}\": found as \"{}\"", path, *found));
       return found;
     }

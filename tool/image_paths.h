@@ -9,10 +9,10 @@
 
 namespace tool {
 
-// A line each.
 struct ImageReport {
-  std::vector<std::string> notes;
-  std::vector<std::string> warnings;
+  std::vector<std::string> notes;            // a line each
+  std::vector<std::string> warnings;         // a line each
+  std::vector<std::filesystem::path> files;  // looked at, whether they were there or not
 };
 
 struct ImagePlaces {

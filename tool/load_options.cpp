@@ -2,12 +2,13 @@
 #include "headless/block_stream.h"
 #include "headless/config_store.h"
 #include "headless/host.h"
+#include "headless/module_loader.h"
 #include "host/user_config.h"
+#include "readers/program_files.h"
 #include "tool/command_line.h"
 #include "tool/exit_codes.h"
 #include "tool/load_options_dialog.h"
 #include "tool/load_options_print.h"
-#include "tool/module_loader.h"
 #include "tool/report.h"
 
 #include <CLI/CLI.hpp>
@@ -67,7 +68,7 @@ class HandedOptions {
     IZyObject* object = nullptr;
     CountedRef<I> options;
     if (ZyFailed(service_.Raw()->Options(object)) || ZyFailed(options.Take(object)))
-      throw ModuleError("the plug-in handed over no options that can be saved and read");
+      throw headless::ModuleError("the plug-in handed over no options that can be saved and read");
     return options;
   }
 
@@ -124,7 +125,7 @@ void Run(const LoadOptionsArguments& arguments, const Report& report) {
   StoreWarnings warnings(*store, report);
   warnings.Tell();
   headless::Host host(headless::MakeScene(), store);
-  const LoadedModule module(arguments.module.empty() ? DefaultModulePath() : arguments.module, host);
+  const headless::LoadedModule module(arguments.module.empty() ? readers::ModuleFile() : arguments.module, host);
   const HandedOptions handed(host);
   LoadOptionsDialog dialog(module);
   warnings.Tell();
@@ -150,7 +151,7 @@ int RunLoadOptions(const LoadOptionsArguments& arguments) {
   } catch (const OptionError& error) {
     report.Error(std::string("--set: ") + error.what());
     return kUsage;
-  } catch (const ModuleError& error) {
+  } catch (const headless::ModuleError& error) {
     report.Error(error.what());
     return kUsage;
   } catch (const headless::ReadError& error) {

@@ -1,7 +1,7 @@
 #include "tool/load_options_dialog.h"
 
+#include "headless/module_loader.h"
 #include "host/counted_object.h"
-#include "tool/module_loader.h"
 
 #include <fmt/core.h>
 
@@ -83,11 +83,11 @@ const std::string* LoadOptionView::Choice() const {
   return nullptr;
 }
 
-LoadOptionsDialog::LoadOptionsDialog(const LoadedModule& module) {
+LoadOptionsDialog::LoadOptionsDialog(const headless::LoadedModule& module) {
   const CountedRef<IZyObject> server = module.NewObject(kServer);
   if (!command_.Set(server.Raw()) || !attributes_.Set(server.Raw()) || !ui_.Set(server.Raw()))
-    throw ModuleError(std::string("server ") + kServer + " gives no command with a dialog");
-  if (ZyFailed(command_.Raw()->DialogInit())) throw ModuleError(std::string(kServer) + ": the dialog can't start");
+    throw headless::ModuleError(std::string("server ") + kServer + " gives no command with a dialog");
+  if (ZyFailed(command_.Raw()->DialogInit())) throw headless::ModuleError(std::string(kServer) + ": the dialog can't start");
 }
 
 LoadOptionView LoadOptionsDialog::View(std::uint32_t index) const {
@@ -160,7 +160,7 @@ void LoadOptionsDialog::SetAll(IZyServerAttributes& values) {
 }
 
 void LoadOptionsDialog::Execute() {
-  if (ZyFailed(command_.Raw()->Execute())) throw ModuleError(std::string(kServer) + ": the command failed");
+  if (ZyFailed(command_.Raw()->Execute())) throw headless::ModuleError(std::string(kServer) + ": the command failed");
 }
 
 }  // namespace tool

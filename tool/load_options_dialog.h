@@ -11,9 +11,12 @@
 #include <utility>
 #include <vector>
 
+namespace headless {
+class LoadedModule;
+}
+
 namespace tool {
 
-class LoadedModule;
 
 // A load option as the dialog shows it.
 struct LoadOptionView {
@@ -41,7 +44,7 @@ class OptionError : public std::runtime_error {
 class LoadOptionsDialog {
  public:
   // Starts the dialog. Throws ModuleError. The module outlives the dialog.
-  explicit LoadOptionsDialog(const LoadedModule& module);
+  explicit LoadOptionsDialog(const headless::LoadedModule& module);
 
   std::vector<LoadOptionView> Options() const;
   // Booleans are on, off, true, false, 1 and 0; a choice is its number or its text. Throws OptionError.

@@ -1,6 +1,7 @@
 #include "tool/preview_page.h"
 
 #include "readers/mapped_file.h"
+#include "readers/program_files.h"
 #include "readers/read_scene.h"
 #include "tool/base64.h"
 #include "tool/model_file.h"
@@ -11,7 +12,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <span>
 #include <string_view>
@@ -26,20 +26,13 @@ constexpr std::size_t kPieceSize = 12u << 20;  // a multiple of 3, so that piece
 constexpr std::string_view kFactsMark = "<!--vornel:facts-->";
 constexpr std::string_view kModelMark = "<!--vornel:model-->";
 
-// Where the command finds its own files: beside it, in an installation and in a build.
-fs::path ShareFolder() {
-  if (const char* const folder = std::getenv("VORNEL_SHARE"); folder && *folder) return folder;
-  std::error_code error;
-  return fs::read_symlink("/proc/self/exe", error).parent_path().parent_path() / "share" / "vornel";
-}
-
 // What stands before, between and behind the places that the command fills.
 struct Template {
   std::string head, middle, tail;
 };
 
 Template ReadTemplate() {
-  const fs::path file = ShareFolder() / "preview.html";
+  const fs::path file = readers::ShareDirectory() / "preview.html";
   try {
     const auto mapped = readers::MappedFile::Open(file);
     const std::string_view text(mapped->Begin(), mapped->Bytes().size());

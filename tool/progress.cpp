@@ -17,6 +17,7 @@ constexpr auto kRedraw = std::chrono::milliseconds(100);
 constexpr auto kPlainPause = std::chrono::seconds(5);  // between two lines of one stage
 constexpr std::size_t kWidestBar = 40;
 constexpr std::size_t kTextColumns = 36;  // of a line besides the bar
+constexpr std::size_t kWhatColumns = 10;  // of these, in front of the bar
 constexpr char kColour[] = "\x1b[36m";
 constexpr char kColourEnd[] = "\x1b[0m";
 
@@ -36,12 +37,6 @@ const char* StageName(const Stages& stages) {
   return stage ? kStageNames[PlaceOf(*stage)] : "";
 }
 
-// " 42 %", and how long the rest takes when that can be told.
-std::string ShareText(const Stages& stages, double done) {
-  const std::optional<double> left = stages.SecondsLeft();
-  return fmt::format("{:3} %{}", static_cast<int>(100 * done), left ? "  " + TimeText(*left) + " left" : "");
-}
-
 }  // namespace
 
 ProgressStyle ChooseProgress(ProgressWish wish, Quietness quietness) {
@@ -53,20 +48,29 @@ ProgressStyle ChooseProgress(ProgressWish wish, Quietness quietness) {
   return canRewrite || wish == ProgressWish::Bar ? ProgressStyle::Bar : ProgressStyle::None;
 }
 
-std::string BarLine(const Stages& stages, std::size_t columns) {
-  const std::optional<double> done = stages.Done();
-  if (!done) return fmt::format("{:<10}{}", StageName(stages), TimeText(stages.SecondsInAll()));
-  const std::size_t width = columns > kTextColumns ? std::min(columns - kTextColumns, kWidestBar) : 0;
-  const auto filled = static_cast<std::size_t>(static_cast<double>(width) * *done);
+std::string ShareText(double done, std::optional<double> left) {
+  return fmt::format("{:3} %{}", static_cast<int>(100 * done), left ? "  " + TimeText(*left) + " left" : "");
+}
+
+std::string BarLine(const std::string& what, double done, std::optional<double> left, std::size_t columns) {
+  const std::size_t text = kTextColumns - kWhatColumns + std::max(what.size() + 2, kWhatColumns);
+  const std::size_t width = columns > text ? std::min(columns - text, kWidestBar) : 0;
+  const auto filled = static_cast<std::size_t>(static_cast<double>(width) * done);
   std::string bar = std::string(filled, '#');
   if (!IsSet("NO_COLOR")) bar = kColour + bar + kColourEnd;
   if (width > 0) bar = "[" + bar + std::string(width - filled, ' ') + "] ";
-  return fmt::format("{:<10}", StageName(stages)) + (width > 0 ? bar : "") + ShareText(stages, *done);
+  return fmt::format("{:<{}}", what + "  ", kWhatColumns) + (width > 0 ? bar : "") + ShareText(done, left);
+}
+
+std::string BarLine(const Stages& stages, std::size_t columns) {
+  const std::optional<double> done = stages.Done();
+  if (!done) return fmt::format("{:<{}}{}", StageName(stages), kWhatColumns, TimeText(stages.SecondsInAll()));
+  return BarLine(StageName(stages), *done, stages.SecondsLeft(), columns);
 }
 
 std::string PlainLine(const Stages& stages) {
   const std::optional<double> done = stages.Done();
-  return fmt::format("vornel: {}{}", StageName(stages), done ? ShareText(stages, *done) : "");
+  return fmt::format("vornel: {}{}", StageName(stages), done ? ShareText(*done, stages.SecondsLeft()) : "");
 }
 
 Progress::Progress(Stages& stages, ProgressStyle style) : stages_(stages), style_(style) {

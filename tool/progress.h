@@ -23,6 +23,10 @@ enum class Quietness { Quiet, Talking };
 // Nothing is shown when the command is quiet.
 ProgressStyle ChooseProgress(ProgressWish wish, Quietness quietness);
 
+// " 42 %", and how many seconds the rest takes when that can be told.
+std::string ShareText(double done, std::optional<double> left);
+// The line for a share of the work, with a word or two in front, no longer than `columns` if that can be.
+std::string BarLine(const std::string& what, double done, std::optional<double> left, std::size_t columns);
 // The line for a state of the stages, no longer than `columns`.
 std::string BarLine(const Stages& stages, std::size_t columns);
 std::string PlainLine(const Stages& stages);

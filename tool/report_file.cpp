@@ -162,8 +162,10 @@ std::string ReportJson(const ExportArguments& arguments, const ExportOutcome& ou
 ReportFile::ReportFile(const fs::path& file) : file_(file) {
   std::error_code error;
   const fs::file_status status = fs::status(file, error);
+  // A link leads to the report, as /dev/stdout does.
+  if (fs::exists(status)) file_ = fs::canonical(file);
   if (!fs::exists(status) || fs::is_regular_file(status) || fs::is_directory(status))
-    staging_ = std::make_unique<Staging>(file);
+    staging_ = std::make_unique<Staging>(file_);
 }
 
 ReportFile::~ReportFile() = default;

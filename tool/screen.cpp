@@ -2,6 +2,7 @@
 
 #include <sys/ioctl.h>
 
+#include <chrono>
 #include <cstdio>
 #include <mutex>
 #include <unistd.h>
@@ -11,11 +12,12 @@ namespace tool {
 namespace {
 
 constexpr std::size_t kUsualColumns = 80;
+constexpr auto kPatience = std::chrono::milliseconds(100);
 constexpr char kEraseLine[] = "\r\x1b[K";
 
 // Never destroyed: the thread that takes the signals may outlive main().
 struct Screen {
-  std::mutex mutex;
+  std::timed_mutex mutex;
   std::string status;
   bool ended = false;
 };
@@ -38,7 +40,7 @@ void Clear(Screen& screen) {
 
 void PrintErrorLine(std::string_view text) {
   Screen& screen = TheScreen();
-  const std::lock_guard<std::mutex> lock(screen.mutex);
+  const std::lock_guard<std::timed_mutex> lock(screen.mutex);
   std::string line(screen.status.empty() ? "" : kEraseLine);
   line += text;
   line += '\n';
@@ -47,7 +49,7 @@ void PrintErrorLine(std::string_view text) {
 
 void ShowStatus(std::string text) {
   Screen& screen = TheScreen();
-  const std::lock_guard<std::mutex> lock(screen.mutex);
+  const std::lock_guard<std::timed_mutex> lock(screen.mutex);
   if (screen.ended) return;
   screen.status = std::move(text);
   Write(kEraseLine + screen.status);
@@ -55,13 +57,15 @@ void ShowStatus(std::string text) {
 
 void ClearStatus() {
   Screen& screen = TheScreen();
-  const std::lock_guard<std::mutex> lock(screen.mutex);
+  const std::lock_guard<std::timed_mutex> lock(screen.mutex);
   Clear(screen);
 }
 
 void EndStatus() {
   Screen& screen = TheScreen();
-  const std::lock_guard<std::mutex> lock(screen.mutex);
+  // Whoever holds it may wait for a terminal that was stopped.
+  const std::unique_lock<std::timed_mutex> lock(screen.mutex, kPatience);
+  if (!lock) return;
   Clear(screen);
   screen.ended = true;
 }

@@ -14,7 +14,7 @@ void PrintErrorLine(std::string_view text);
 // Shows a line that stands below the messages until the next call. For terminals alone.
 void ShowStatus(std::string text);
 void ClearStatus();
-// Clears it for good: no status is shown from now on.
+// Clears it for good, unless the terminal takes nothing: no status is shown from now on.
 void EndStatus();
 
 bool ErrorsGoToTerminal();

@@ -86,7 +86,7 @@ void AddPoints(const aiScene& scene, const aiMesh& mesh, const aiNode& node, con
 }  // namespace
 
 AssimpModel::AssimpModel(const std::filesystem::path& file) : reader_(std::make_unique<Assimp::Importer>()) {
-  reader_->SetIOHandler(new importer::FolderAccess(file));
+  reader_->SetIOHandler(new importer::FolderAccess(file, opened_));
   reader_->SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
   reader_->SetPropertyBool(AI_CONFIG_IMPORT_NO_SKELETON_MESHES, true);
   reader_->SetPropertyBool(AI_CONFIG_IMPORT_COLLADA_USE_COLLADA_NAMES, true);

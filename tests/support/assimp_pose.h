@@ -28,6 +28,7 @@ class AssimpModel {
   std::vector<Point> Pose(const std::string& animation, double seconds, std::size_t stride) const;
 
  private:
+  std::vector<std::filesystem::path> opened_;  // not looked at; outlives the reader
   std::unique_ptr<Assimp::Importer> reader_;
 };
 

@@ -53,7 +53,7 @@ void Proxy::Release() {
 
 void* Proxy::Interface(std::uint32_t id) {
   if (id == kInnerObject) return inner_;
-  if (faults_.CountAndTest()) return nullptr;
+  if (faults_.CountAndTest() || (id != 0 && id == faults_.hiddenInterface)) return nullptr;
   if (id == IZyObject::kId) return static_cast<IZyObject*>(this);
   if (const auto known = parts_.find(id); known != parts_.end()) return known->second.asInterface;
   const PartRow* row = FindRow(id);
@@ -76,6 +76,8 @@ void FailingHost::FailCall(std::size_t k) {
   faults_->calls = 0;
   faults_->failing = k;
 }
+
+void FailingHost::HideInterface(std::uint32_t id) { faults_->hiddenInterface = id; }
 
 std::size_t FailingHost::Calls() const { return faults_->calls; }
 

@@ -24,6 +24,8 @@ class FailingHost final : public IZyHost {
 
   // Counts calls anew and fails number `k`, counting from 1; none for 0.
   void FailCall(std::size_t k);
+  // Lets all objects lack an interface that hosts may do without.
+  void HideInterface(std::uint32_t id);
   std::size_t Calls() const;
   IZyScene* Scene();
   // Whether every reference that was handed out or added has been released.

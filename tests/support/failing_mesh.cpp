@@ -40,6 +40,15 @@ class PolygonPart final : public Part<IZyPolygon> {
   }
 };
 
+class TriangleMapsPart final : public Part<IZyTriangleMaps> {
+ public:
+  using Part<IZyTriangleMaps>::Part;
+  zyresult MapEvaluateTriangle(ZyMeshMapId map, const ZyPointId (&points)[3], float* const (&values)[3],
+                               std::uint32_t& evaluated, std::uint32_t& stored) override {
+    return Call(&IZyTriangleMaps::MapEvaluateTriangle, map, points, values, evaluated, stored);
+  }
+};
+
 class MeshMapPart final : public Part<IZyMeshMap> {
  public:
   using Part<IZyMeshMap>::Part;
@@ -95,8 +104,9 @@ class DeformerServicePart final : public Part<IZyDeformerService> {
   }
 };
 
-constexpr PartRow kParts[] = {RowOf<PointPart>(), RowOf<PolygonPart>(),       RowOf<MeshMapPart>(),
-                              RowOf<MeshPart>(),  RowOf<GroupDeformerPart>(), RowOf<DeformerServicePart>()};
+constexpr PartRow kParts[] = {RowOf<PointPart>(),          RowOf<PolygonPart>(), RowOf<TriangleMapsPart>(),
+                              RowOf<MeshMapPart>(),        RowOf<MeshPart>(),    RowOf<GroupDeformerPart>(),
+                              RowOf<DeformerServicePart>()};
 
 }  // namespace
 

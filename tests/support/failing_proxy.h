@@ -29,6 +29,7 @@ class CallFaults {
 
   std::size_t calls = 0;
   std::size_t failing = 0;
+  std::uint32_t hiddenInterface = 0;
   std::ptrdiff_t references = 0;  // outstanding ones, of all proxies
 
  private:

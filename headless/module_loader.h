@@ -8,16 +8,13 @@
 #include <memory>
 #include <stdexcept>
 
-namespace tool {
+namespace headless {
 
 // A module that can't be loaded or lacks a server. what() is one line with the file and the reason.
 class ModuleError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
-
-// Where the module lies when nobody says otherwise: beside the command, in an installation and in a build.
-std::filesystem::path DefaultModulePath();
 
 // A loaded module. Everything that came from it must be released before it is destroyed.
 class LoadedModule {
@@ -39,4 +36,4 @@ class LoadedModule {
   IZyModule* module_ = nullptr;
 };
 
-}  // namespace tool
+}  // namespace headless

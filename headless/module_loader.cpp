@@ -1,15 +1,9 @@
-#include "tool/module_loader.h"
+#include "headless/module_loader.h"
 
 #include <dlfcn.h>
 #include <string>
 
-namespace tool {
-
-std::filesystem::path DefaultModulePath() {
-  std::error_code error;
-  const std::filesystem::path command = std::filesystem::read_symlink("/proc/self/exe", error);
-  return command.parent_path().parent_path() / "lib" / "vornel" / "vornel.zy";
-}
+namespace headless {
 
 LoadedModule::LoadedModule(const std::filesystem::path& file, IZyHost& host) : file_(file) {
   // An absolute path, so that the system's library folders aren't searched.
@@ -46,4 +40,4 @@ CountedRef<IZySaver> LoadedModule::NewSaver(const char* serverName) const {
   return saver;
 }
 
-}  // namespace tool
+}  // namespace headless
