@@ -5,6 +5,8 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <cstdio>
 #include <string_view>
 #include <vector>
 
@@ -26,6 +28,8 @@ class FileStream {
   void Write(const std::vector<std::string_view>& pieces) {
     for (const std::string_view piece : pieces) Write(piece.data(), piece.size());
   }
+  // Appends up to `byteCount` bytes of a file from its place on, and returns how many it gave.
+  std::uint64_t CopyFrom(std::FILE* source, std::uint64_t byteCount);
   void Flush();
 
   bool Failed() const { return failed_; }

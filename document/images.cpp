@@ -4,11 +4,10 @@
 #include "saver/log_message.h"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 
 namespace {
-
-constexpr std::size_t kCopyBytes = 65536;
 
 struct ImageExtension {
   std::string_view text;
@@ -81,14 +80,8 @@ std::optional<std::uint32_t> AddImage(GltfDocument& document, const GltfImageFil
 
 void EmbedImage(FileStream& stream, const std::string& path, std::uint32_t byteCount) {
   const FilePtr file = OpenForReading(path);
-  std::vector<char> buffer(std::min<std::size_t>(kCopyBytes, byteCount));
-  while (byteCount > 0 && !stream.Failed()) {
-    const std::size_t wanted = std::min<std::size_t>(buffer.size(), byteCount);
-    const std::size_t got = file ? std::fread(buffer.data(), 1, wanted, file.get()) : 0;
-    std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(got), buffer.end(), '\0');
-    stream.Write(buffer.data(), wanted);
-    byteCount -= static_cast<std::uint32_t>(wanted);
-  }
+  const std::uint64_t copied = file ? stream.CopyFrom(file.get(), byteCount) : 0;
+  if (!stream.Failed()) stream.PutRepeated('\0', byteCount - copied);
 }
 
 bool CopyImage(const std::string& path, const std::string& directory) {
@@ -103,10 +96,6 @@ bool CopyImage(const std::string& path, const std::string& directory) {
   const FilePtr source = OpenForReading(path);
   if (!source) return true;
   FileStream copy(target);
-  std::vector<char> buffer(kCopyBytes);
-  for (std::size_t got = 1; got > 0 && !copy.Failed();) {
-    got = std::fread(buffer.data(), 1, buffer.size(), source.get());
-    copy.Write(buffer.data(), got);
-  }
+  copy.CopyFrom(source.get(), std::numeric_limits<std::uint64_t>::max());
   return copy.Close();
 }

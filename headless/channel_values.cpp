@@ -185,8 +185,8 @@ double ChannelValues::DrivenNumber(const ReadState& state, const Slot& slot) con
   return value;
 }
 
-std::optional<double> ChannelValues::Number(const ReadState& state, ChannelRef ref) const {
-  const Slot& slot = SlotOf(ref);
+std::optional<double> ChannelValues::NumberAt(const ReadState& state, std::size_t place) const {
+  const Slot& slot = slots_[place];
   if (slot.type == SlotType::NoNumber) return std::nullopt;
   const bool isDriven = state.evaluation == Evaluation::Driven && slot.link >= 0;
   return isDriven ? DrivenNumber(state, slot) : OwnNumber(state, slot);

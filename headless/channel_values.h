@@ -32,7 +32,11 @@ class ChannelValues {
   explicit ChannelValues(const SceneIndex& index);
 
   // All take channels that exist. Nothing or null when the channel holds no such value.
-  std::optional<double> Number(const ReadState& state, ChannelRef ref) const;
+  std::optional<double> Number(const ReadState& state, ChannelRef ref) const {
+    return NumberAt(state, index_.ChannelPlace(ref));
+  }
+  // By the channel's place in the index.
+  std::optional<double> NumberAt(const ReadState& state, std::size_t place) const;
   const std::string* Text(const ReadState& state, ChannelRef ref) const;
   // The channel's own curve in a layer.
   const EnvelopeData* Envelope(Layer layer, ChannelRef ref) const;

@@ -54,14 +54,23 @@ TransformStack::Transform TransformStack::Describe(ItemIndex item, const Transfo
     if (!index_.IsOfType(item, types.vectors[place])) continue;
     transform.kind = kinds[place];
     for (std::size_t axis = 0; axis < 3; ++axis)
-      transform.channels[axis] = FindChannel(data, kVectorChannels[place][axis]);
-    if (transform.kind == Kind::Rotation) transform.order = FindChannel(data, "order");
+      transform.channels[axis] = PlaceOf(item, kVectorChannels[place][axis]);
+    if (transform.kind == Kind::Rotation) transform.order = PlaceOf(item, "order");
     return transform;
   }
   if (!index_.IsOfType(item, types.matrices[0]) && !index_.IsOfType(item, types.matrices[1])) return transform;
   if (data.matrix) transform.kind = Kind::Matrix;
   if (index_.HasItem(data.inverseOf)) transform.inverseOf = data.inverseOf;
   return transform;
+}
+
+std::int64_t TransformStack::PlaceOf(ItemIndex item, std::string_view channel) const {
+  const std::int32_t number = FindChannel(index_.Scene().items[At(item)], channel);
+  return number < 0 ? -1 : static_cast<std::int64_t>(index_.ChannelPlace({item, number}));
+}
+
+double TransformStack::Number(const ReadState& state, std::int64_t place, double fallback) const {
+  return place < 0 ? fallback : values_.NumberAt(state, static_cast<std::size_t>(place)).value_or(fallback);
 }
 
 void TransformStack::CutInverseCircles() {
@@ -75,10 +84,8 @@ void TransformStack::CutInverseCircles() {
 
 std::array<double, 3> TransformStack::Vector(const ReadState& state, const Transform& transform,
                                              double fallback) const {
-  std::array<double, 3> vector = {fallback, fallback, fallback};
-  for (std::size_t axis = 0; axis < 3; ++axis)
-    if (transform.channels[axis] >= 0)
-      vector[axis] = values_.Number(state, {transform.item, transform.channels[axis]}).value_or(fallback);
+  std::array<double, 3> vector;
+  for (std::size_t axis = 0; axis < 3; ++axis) vector[axis] = Number(state, transform.channels[axis], fallback);
   return vector;
 }
 
@@ -94,8 +101,7 @@ void TransformStack::Append(const ReadState& state, const Transform& transform, 
     }
     case Kind::Rotation: {
       const auto angles = Vector(state, transform, 0);
-      const double order =
-          transform.order < 0 ? 0 : values_.Number(state, {transform.item, transform.order}).value_or(0);
+      const double order = Number(state, transform.order, 0);
       const bool known = order >= 0 && order < static_cast<double>(std::size(kRotationOrders));
       for (const std::size_t axis : kRotationOrders[known ? static_cast<std::size_t>(order) : 0])
         Rotate(matrix, axis, angles[axis]);

@@ -25,6 +25,7 @@
 #include <csignal>
 #include <new>
 #include <optional>
+#include <set>
 #include <system_error>
 
 namespace tool {
@@ -65,6 +66,7 @@ class ExportRun {
   ExportOutcome& outcome_;
   Stages& stages_;
   Progress& progress_;
+  std::set<NotCarried> knownNotCarried_;
   readers::ReadReport read_;  // keeps images that the input held until the export is over
 };
 
@@ -228,8 +230,7 @@ void ExportRun::WritePage() {
 }
 
 void ExportRun::AddNotCarried(NotCarried entry) {
-  std::vector<NotCarried>& known = outcome_.notCarried;
-  if (std::find(known.begin(), known.end(), entry) == known.end()) known.push_back(std::move(entry));
+  if (knownNotCarried_.insert(entry).second) outcome_.notCarried.push_back(std::move(entry));
 }
 
 std::uint64_t PeakMemory() {

@@ -4,6 +4,7 @@
 
 #include <fmt/core.h>
 
+#include <map>
 #include <string_view>
 
 namespace tool {
@@ -76,6 +77,13 @@ std::optional<NotCarried> Apply(const LogRule& rule, string_view text) {
   return NotCarried{std::string(rest.substr(0, end)), rule.what, why, rule.help};
 }
 
+std::vector<const KindRule*> RulesFor(const headless::SceneData& scene, string_view type) {
+  std::vector<const KindRule*> rules;
+  for (const KindRule& rule : kKindRules)
+    if (headless::TypeDerivesFrom(scene, type, rule.type)) rules.push_back(&rule);
+  return rules;
+}
+
 // As the channel stands without keys or links: non-zero hides the mesh.
 bool IsHidden(const headless::ItemData& item) {
   const std::int32_t place = headless::FindChannel(item, "visible");
@@ -98,11 +106,12 @@ std::optional<NotCarried> NotCarriedByLog(const headless::LogLine& line) {
 
 std::vector<NotCarried> NotCarriedByKind(const headless::SceneData& scene) {
   std::vector<NotCarried> found;
+  std::map<string_view, std::vector<const KindRule*>> rulesByType;  // scenes have many items and few types
   for (const headless::ItemData& item : scene.items) {
     if (IsHidden(item)) found.push_back({item.name, "mesh", "its channel \"visible\" hides it", ""});
-    for (const KindRule& rule : kKindRules)
-      if (headless::TypeDerivesFrom(scene, item.type, rule.type))
-        found.push_back({item.name, rule.what, rule.why, ""});
+    const auto [entry, isNew] = rulesByType.try_emplace(item.type);
+    if (isNew) entry->second = RulesFor(scene, item.type);
+    for (const KindRule* rule : entry->second) found.push_back({item.name, rule->what, rule->why, ""});
   }
   return found;
 }

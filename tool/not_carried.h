@@ -3,6 +3,7 @@
 
 #include "headless/host.h"
 
+#include <compare>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,7 +16,7 @@ struct NotCarried {
   std::string why;
   std::string help;  // the flag that helps, empty for none
 
-  bool operator==(const NotCarried&) const = default;
+  auto operator<=>(const NotCarried&) const = default;
 };
 
 // What a warning or an error of the host's log says was left out.
