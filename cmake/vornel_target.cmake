@@ -14,7 +14,7 @@ target_include_directories(vornel_flags INTERFACE ${PROJECT_SOURCE_DIR})
 function(vornel_settings target)
   set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF POSITION_INDEPENDENT_CODE ON
     CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
-  target_link_libraries(${target} PRIVATE vornel_flags)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:vornel_flags>)
 endfunction()
 
 # A static library of one folder, with explicit sources.

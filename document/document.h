@@ -3,27 +3,39 @@
 #pragma once
 
 #include "document/data_block.h"
+#include "document/json_text.h"
 #include "document/scene_records.h"
 #include "host/insertion_map.h"
 
-#include <rapidjson/document.h>
-
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 class GltfLogMsg;
 
-using JsonValue = rapidjson::Value;
-using JsonAllocator = rapidjson::MemoryPoolAllocator<>;
-
 enum class GltfFormat : std::uint32_t { Glb = 0, Gltf = 1 };
 
-// The arrays of the top-level keys. They exist while WriteDocument runs, and so does their allocator.
-struct GltfJsonArrays {
-  JsonValue scenes, nodes, meshes, buffers, bufferViews, accessors, materials, textures, images, samplers,
-      animations, skins, cameras;
+// A node of the file, by its index. It becomes text when all that it refers to is known.
+struct WrittenNode {
+  const GltfNode* node = nullptr;
+  std::optional<std::uint32_t> mesh, camera;
+  std::vector<std::uint32_t> skins;
+};
+
+// The one buffer. Its length is a 32-bit sum.
+struct GltfBuffer {
+  std::uint32_t byteLength = 0;
+  std::string uri;  // empty in a .glb
+};
+
+// What stands under the top-level keys. It exists while WriteDocument runs.
+struct GltfJson {
+  JsonArray scenes, nodes, meshes, bufferViews, accessors, materials, textures, images, samplers, animations,
+      skins, cameras;
+  GltfBuffer buffer;
+  std::vector<WrittenNode> writtenNodes;  // "nodes" less its text
 };
 
 struct GltfDocument {
@@ -34,8 +46,7 @@ struct GltfDocument {
   std::uint32_t skinnedMeshInWS = 1;               // exactly 1: skinned meshes come out in world space
   std::vector<std::unique_ptr<GltfScene>> scenes;  // one, made right after the document
   bool unlitUsed = false;                          // an unlit material was written
-  GltfJsonArrays json;
-  std::unique_ptr<JsonAllocator> allocator;
+  std::optional<GltfJson> json;
   std::vector<GltfDataBlock> dataBlocks;  // the binary buffer's contents in order
   // Indices of what is already written.
   InsertionMap<const GltfMaterial*, std::uint32_t> materialIndex;
@@ -53,7 +64,3 @@ bool WriteDocument(GltfDocument& document, const std::string& filePath);
 
 // Frees all records and blocks.
 void ClearDocument(GltfDocument& document);
-
-// WriteDocument's first step, makes the allocator and the thirteen arrays; and its last, frees them.
-void OpenJson(GltfDocument& document);
-void CloseJson(GltfDocument& document);

@@ -5,12 +5,14 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <string_view>
+#include <vector>
 
-// An output stream for the JSON writer too. After the first failure it writes nothing more.
+// After the first failure it writes nothing more.
 class FileStream {
  public:
-  using Ch = char;
-
   // Replaces the file.
   explicit FileStream(const std::string& path) : file_(OpenForWriting(path)), failed_(!file_) {}
 
@@ -23,6 +25,11 @@ class FileStream {
   }
   // In one piece, past the buffer.
   void Write(const void* data, std::size_t byteCount);
+  void Write(const std::vector<std::string_view>& pieces) {
+    for (const std::string_view piece : pieces) Write(piece.data(), piece.size());
+  }
+  // Appends up to `byteCount` bytes of a file from its place on, and returns how many it gave.
+  std::uint64_t CopyFrom(std::FILE* source, std::uint64_t byteCount);
   void Flush();
 
   bool Failed() const { return failed_; }

@@ -2,7 +2,6 @@
 
 #include "document/buffer_data.h"
 #include "document/buffers.h"
-#include "document/json_text.h"
 
 namespace {
 
@@ -13,25 +12,17 @@ constexpr std::uint32_t kVersion = 2;
 constexpr std::uint32_t kHeaderBytes = 12;
 constexpr std::uint32_t kChunkHeaderBytes = 8;
 
-// Measures a text without keeping it.
-struct CountingStream {
-  using Ch = char;
-  void Put(char) { ++length; }
-  void Flush() {}
-  std::uint32_t length = 0;
-};
-
 void PutU32(FileStream& stream, std::uint32_t value) {
   for (int shift = 0; shift < 32; shift += 8) stream.Put(static_cast<char>(value >> shift & 0xFFu));
 }
 
 }  // namespace
 
-bool WriteGlb(GltfDocument& document, const std::string& path, const JsonValue& root) {
-  CountingStream measured;
-  WriteJsonText(root, measured);
-  const std::uint32_t textPadding = PaddingOf(measured.length);
-  const std::uint32_t jsonBytes = measured.length + textPadding;
+bool WriteGlb(GltfDocument& document, const std::string& path, const JsonPieces& text) {
+  std::uint32_t textBytes = 0;
+  for (const std::string_view piece : text) textBytes += static_cast<std::uint32_t>(piece.size());
+  const std::uint32_t textPadding = PaddingOf(textBytes);
+  const std::uint32_t jsonBytes = textBytes + textPadding;
   std::uint32_t blockBytes = 0;
   for (const GltfDataBlock& block : document.dataBlocks) blockBytes += block.byteLength;
   const std::uint32_t binPadding = PaddingOf(blockBytes);
@@ -44,7 +35,7 @@ bool WriteGlb(GltfDocument& document, const std::string& path, const JsonValue& 
   PutU32(stream, kHeaderBytes + kChunkHeaderBytes + jsonBytes + kChunkHeaderBytes + binBytes);
   PutU32(stream, jsonBytes);
   PutU32(stream, kJsonChunk);
-  WriteJsonText(root, stream);
+  stream.Write(text);
   stream.PutRepeated(' ', textPadding);
   PutU32(stream, binBytes);
   PutU32(stream, kBinChunk);

@@ -8,4 +8,4 @@
 #include "document/document.h"
 
 // Writes the path. False when any of it can't be written.
-bool WriteGlb(GltfDocument& document, const std::string& path, const JsonValue& root);
+bool WriteGlb(GltfDocument& document, const std::string& path, const JsonPieces& text);

@@ -1,14 +1,13 @@
 #include "document/gltf_file.h"
 
 #include "document/buffer_data.h"
-#include "document/json_text.h"
 
 namespace {
 
-bool WriteText(const std::string& path, const JsonValue& root) {
+bool WriteText(const std::string& path, const JsonPieces& text) {
   FileStream stream(path);
   if (stream.Failed()) return false;
-  WriteJsonText(root, stream);
+  stream.Write(text);
   return stream.Close();
 }
 
@@ -22,9 +21,9 @@ std::string ImageDirectory(const std::string& path, const std::string& textPath)
 
 std::string BufferUri(const std::string& path) { return FileNameOf(CutExtension(path) + ".bin"); }
 
-bool WriteGltf(GltfDocument& document, const std::string& path, const JsonValue& root) {
+bool WriteGltf(GltfDocument& document, const std::string& path, const JsonPieces& text) {
   const std::string textPath = CutExtension(path) + ".gltf";
-  if (!WriteText(textPath, root)) return false;
+  if (!WriteText(textPath, text)) return false;
   FileStream stream(CutExtension(path) + ".bin");
   if (stream.Failed()) return false;
   const bool copied = WriteBufferData(document, stream, ImageDirectory(path, textPath));

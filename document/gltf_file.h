@@ -8,4 +8,4 @@ std::string BufferUri(const std::string& path);
 
 // Writes the path with its extension replaced by ".gltf", the same with ".bin", and the image copies. False
 // when any of them can't be written.
-bool WriteGltf(GltfDocument& document, const std::string& path, const JsonValue& root);
+bool WriteGltf(GltfDocument& document, const std::string& path, const JsonPieces& text);

@@ -1,15 +1,13 @@
 #include "document/images.h"
 
 #include "document/buffers.h"
-#include "document/json_values.h"
 #include "saver/log_message.h"
 
 #include <algorithm>
+#include <limits>
 #include <string_view>
 
 namespace {
-
-constexpr std::size_t kCopyBytes = 65536;
 
 struct ImageExtension {
   std::string_view text;
@@ -58,38 +56,32 @@ std::optional<std::uint32_t> AddImage(GltfDocument& document, const GltfImageFil
     return std::nullopt;
   }
 
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue object(rapidjson::kObjectType);
-  if (const char* mimeType = kMimeTypes[static_cast<std::size_t>(image.kind)])
-    object.AddMember("mimeType", rapidjson::StringRef(mimeType), allocator);
+  JsonText& text = document.json->images.Append();
+  text.StartObject();
+  if (const char* mimeType = kMimeTypes[static_cast<std::size_t>(image.kind)]) text.Member("mimeType", mimeType);
   GltfDataBlock block;
   block.data = image.path;
   block.kind = GltfDataKind::ImageFile;
   block.byteLength = *length + PaddingOf(*length);
   if (document.format == GltfFormat::Glb) {
     block.padding = PaddingOf(*length);
-    const std::uint32_t offset = GrowBuffer(document, 0, block.byteLength);
-    object.AddMember("bufferView", AddBufferView(document, 0, block.byteLength, offset, 0, 0), allocator);
+    const std::uint32_t offset = GrowBuffer(document, block.byteLength);
+    text.Member("bufferView", AddBufferView(document, 0, block.byteLength, offset, 0, 0));
   } else {
     // The copy is a file of its own: the length is only a note and the buffer doesn't grow.
-    object.AddMember("uri", TextValue(FileNameOf(image.path), allocator), allocator);
+    text.Member("uri", FileNameOf(image.path));
   }
+  text.EndObject();
   AddDataBlock(document, std::move(block));
-  const std::uint32_t index = AppendValue(document.json.images, std::move(object), allocator);
+  const std::uint32_t index = document.json->images.Size() - 1;
   document.imageIndex.insert({image.path, index});
   return index;
 }
 
 void EmbedImage(FileStream& stream, const std::string& path, std::uint32_t byteCount) {
   const FilePtr file = OpenForReading(path);
-  std::vector<char> buffer(std::min<std::size_t>(kCopyBytes, byteCount));
-  while (byteCount > 0 && !stream.Failed()) {
-    const std::size_t wanted = std::min<std::size_t>(buffer.size(), byteCount);
-    const std::size_t got = file ? std::fread(buffer.data(), 1, wanted, file.get()) : 0;
-    std::fill(buffer.begin() + static_cast<std::ptrdiff_t>(got), buffer.end(), '\0');
-    stream.Write(buffer.data(), wanted);
-    byteCount -= static_cast<std::uint32_t>(wanted);
-  }
+  const std::uint64_t copied = file ? stream.CopyFrom(file.get(), byteCount) : 0;
+  if (!stream.Failed()) stream.PutRepeated('\0', byteCount - copied);
 }
 
 bool CopyImage(const std::string& path, const std::string& directory) {
@@ -104,10 +96,6 @@ bool CopyImage(const std::string& path, const std::string& directory) {
   const FilePtr source = OpenForReading(path);
   if (!source) return true;
   FileStream copy(target);
-  std::vector<char> buffer(kCopyBytes);
-  for (std::size_t got = 1; got > 0 && !copy.Failed();) {
-    got = std::fread(buffer.data(), 1, buffer.size(), source.get());
-    copy.Write(buffer.data(), got);
-  }
+  copy.CopyFrom(source.get(), std::numeric_limits<std::uint64_t>::max());
   return copy.Close();
 }

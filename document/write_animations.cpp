@@ -1,8 +1,8 @@
 #include "document/write_animations.h"
 
 #include "document/buffers.h"
-#include "document/json_values.h"
 
+#include <array>
 #include <cmath>
 
 namespace {
@@ -27,10 +27,6 @@ const PathShape& ShapeOf(GltfPath path) {
   return kPathShapes[number < kPathShapes.size() ? number : 0];
 }
 
-JsonValue OneNumber(float value, JsonAllocator& allocator) {
-  return NumbersValue(std::array<double, 1>{static_cast<double>(value)}, allocator);
-}
-
 std::uint32_t AddTimes(GltfDocument& document, const std::vector<GltfKeyframe>& keys) {
   std::vector<float> times;
   times.reserve(keys.size());
@@ -42,9 +38,9 @@ std::uint32_t AddTimes(GltfDocument& document, const std::vector<GltfKeyframe>& 
     if (key.time < static_cast<double>(min)) min = static_cast<float>(key.time);
     if (key.time > static_cast<double>(max)) max = static_cast<float>(key.time);
   }
-  JsonAllocator& allocator = *document.allocator;
+  const double bounds[] = {min, max};
   return AddFloats(document, std::move(times), GltfAccessorType::Scalar, static_cast<std::uint32_t>(keys.size()),
-                   OneNumber(min, allocator), OneNumber(max, allocator));
+                   {&bounds[0], 1}, {&bounds[1], 1});
 }
 
 std::array<double, 4> Normalized(std::array<double, 4> q) {
@@ -65,47 +61,61 @@ std::uint32_t AddKeyValues(GltfDocument& document, const std::vector<GltfKeyfram
   return AddFloats(document, std::move(values), shape.type, static_cast<std::uint32_t>(keys.size()));
 }
 
-std::uint32_t WriteAnimationSampler(GltfDocument& document, GltfAnimationSampler& sampler, JsonValue& samplers) {
-  JsonAllocator& allocator = *document.allocator;
+// Accessors of a sampler.
+struct WrittenSampler {
+  std::uint32_t input = 0, output = 0;
+};
+
+WrittenSampler AddSamplerData(GltfDocument& document, GltfAnimationSampler& sampler) {
   // Freed on return: the blocks hold the values from here on.
   const std::vector<GltfKeyframe> keys = std::move(sampler.keyframes);
-  JsonValue object(rapidjson::kObjectType);
-  object.AddMember("input", AddTimes(document, keys), allocator);
-  object.AddMember("output", AddKeyValues(document, keys, sampler.path), allocator);
-  object.AddMember("interpolation", "LINEAR", allocator);
-  return AppendValue(samplers, std::move(object), allocator);
+  const std::uint32_t input = AddTimes(document, keys);
+  return {input, AddKeyValues(document, keys, sampler.path)};
 }
 
 // A sampler or node that isn't in the file leaves its key out.
-JsonValue MakeChannel(const GltfDocument& document, const GltfAnimationChannel& channel,
-                      const SamplerIndices& samplerIndices) {
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue target(rapidjson::kObjectType);
-  if (const auto node = document.nodeIndex.find(channel.node); node != document.nodeIndex.end())
-    target.AddMember("node", node->second, allocator);
-  target.AddMember("path", rapidjson::StringRef(ShapeOf(channel.path).text), allocator);
-  JsonValue object(rapidjson::kObjectType);
+void WriteChannel(JsonText& text, const GltfDocument& document, const GltfAnimationChannel& channel,
+                  const SamplerIndices& samplerIndices) {
+  text.StartObject();
   if (const auto sampler = samplerIndices.find(channel.sampler); sampler != samplerIndices.end())
-    object.AddMember("sampler", sampler->second, allocator);
-  object.AddMember("target", target, allocator);
-  return object;
+    text.Member("sampler", sampler->second);
+  text.Key("target");
+  text.StartObject();
+  if (const auto node = document.nodeIndex.find(channel.node); node != document.nodeIndex.end())
+    text.Member("node", node->second);
+  text.Member("path", ShapeOf(channel.path).text);
+  text.EndObject();
+  text.EndObject();
+}
+
+void WriteAnimationSampler(JsonText& text, const WrittenSampler& sampler) {
+  text.StartObject();
+  text.Member("input", sampler.input);
+  text.Member("output", sampler.output);
+  text.Member("interpolation", "LINEAR");
+  text.EndObject();
 }
 
 }  // namespace
 
 void WriteAnimation(GltfDocument& document, GltfAnimation& animation) {
   if (animation.channels.empty() && animation.samplers.empty()) return;
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue channels(rapidjson::kArrayType);
-  JsonValue samplers(rapidjson::kArrayType);
+  std::vector<WrittenSampler> samplers;
   SamplerIndices samplerIndices;
-  for (const auto& sampler : animation.samplers)
-    samplerIndices.insert({sampler.get(), WriteAnimationSampler(document, *sampler, samplers)});
-  for (const auto& channel : animation.channels)
-    AppendValue(channels, MakeChannel(document, *channel, samplerIndices), allocator);
-  JsonValue object(rapidjson::kObjectType);
-  object.AddMember("channels", channels, allocator);
-  object.AddMember("samplers", samplers, allocator);
-  if (!animation.name.empty()) object.AddMember("name", TextValue(animation.name, allocator), allocator);
-  AppendValue(document.json.animations, std::move(object), allocator);
+  for (const auto& sampler : animation.samplers) {
+    samplerIndices.insert({sampler.get(), static_cast<std::uint32_t>(samplers.size())});
+    samplers.push_back(AddSamplerData(document, *sampler));
+  }
+  JsonText& text = document.json->animations.Append();
+  text.StartObject();
+  text.Key("channels");
+  text.StartArray();
+  for (const auto& channel : animation.channels) WriteChannel(text, document, *channel, samplerIndices);
+  text.EndArray();
+  text.Key("samplers");
+  text.StartArray();
+  for (const WrittenSampler& sampler : samplers) WriteAnimationSampler(text, sampler);
+  text.EndArray();
+  if (!animation.name.empty()) text.Member("name", animation.name);
+  text.EndObject();
 }

@@ -1,15 +1,11 @@
-#include "document/buffers.h"
 #include "document/glb_file.h"
 #include "document/gltf_file.h"
-#include "document/json_values.h"
 #include "document/write_animations.h"
 #include "document/write_nodes.h"
 #include "document/write_skins.h"
 #include "host/user_services.h"
 
 namespace {
-
-using Key = rapidjson::Value::StringRefType;
 
 std::string GeneratorText() {
   std::int32_t parts[3] = {0, 0, 0};
@@ -18,75 +14,101 @@ std::string GeneratorText() {
          std::to_string(parts[2]);
 }
 
-void AddExtensionsUsed(JsonValue& root, Key extension, JsonAllocator& allocator) {
-  JsonValue extensions(rapidjson::kArrayType);
-  extensions.PushBack(extension, allocator);
-  root.AddMember("extensionsUsed", extensions, allocator);
+void AddExtensionsUsed(JsonText& text, const char* extension) {
+  text.Key("extensionsUsed");
+  text.StartArray();
+  text.Value(extension);
+  text.EndArray();
 }
 
-JsonValue MakeRoot(JsonAllocator& allocator) {
-  JsonValue asset(rapidjson::kObjectType);
-  asset.AddMember("generator", TextValue(GeneratorText(), allocator), allocator);
-  asset.AddMember("version", "2.0", allocator);
-  JsonValue root(rapidjson::kObjectType);
-  root.AddMember("asset", asset, allocator);
-  AddExtensionsUsed(root, "KHR_texture_transform", allocator);
-  root.AddMember("scene", 0, allocator);
-  return root;
+// The keys before the arrays. The object stays open.
+void WriteHead(JsonText& text, const GltfDocument& document) {
+  text.StartObject();
+  text.Key("asset");
+  text.StartObject();
+  text.Member("generator", GeneratorText());
+  text.Member("version", "2.0");
+  text.EndObject();
+  AddExtensionsUsed(text, "KHR_texture_transform");
+  text.Member("scene", 0);
+  // The key occurs a second time on purpose: the two lists aren't merged.
+  if (document.unlitUsed) AddExtensionsUsed(text, "KHR_materials_unlit");
 }
 
 // Material 0, at which primitives without a material point.
 void AddDefaultMaterial(GltfDocument& document) {
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue pbr(rapidjson::kObjectType);
-  pbr.AddMember("metallicFactor", 0.5, allocator);
-  pbr.AddMember("roughnessFactor", 0.5, allocator);
-  JsonValue material(rapidjson::kObjectType);
-  material.AddMember("pbrMetallicRoughness", pbr, allocator);
-  AppendValue(document.json.materials, std::move(material), allocator);
+  JsonText& text = document.json->materials.Append();
+  text.StartObject();
+  text.Key("pbrMetallicRoughness");
+  text.StartObject();
+  text.Member("metallicFactor", 0.5);
+  text.Member("roughnessFactor", 0.5);
+  text.EndObject();
+  text.EndObject();
 }
 
 void WriteScene(GltfDocument& document, const GltfScene& scene) {
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue roots(rapidjson::kArrayType);
-  for (GltfNode* root : scene.children) roots.PushBack(WriteNodeTree(document, *root), allocator);
-  JsonValue object(rapidjson::kObjectType);
-  object.AddMember("nodes", roots, allocator);
-  AppendValue(document.json.scenes, std::move(object), allocator);
+  JsonText& text = document.json->scenes.Append();
+  text.StartObject();
+  text.Key("nodes");
+  text.StartArray();
+  for (GltfNode* root : scene.children) text.Value(AddNodeTree(document, *root));
+  text.EndArray();
+  text.EndObject();
   for (const auto& animation : scene.animations) WriteAnimation(document, *animation);
 }
 
-void AddArrays(JsonValue& root, GltfJsonArrays& json, JsonAllocator& allocator) {
+void WriteBuffer(JsonArray& buffers, const GltfBuffer& buffer) {
+  JsonText& text = buffers.Append();
+  text.StartObject();
+  text.Member("byteLength", buffer.byteLength);
+  if (!buffer.uri.empty()) text.Member("uri", buffer.uri);
+  text.EndObject();
+}
+
+// The whole text in pieces. Nothing follows a piece that broke off.
+JsonPieces Assemble(const JsonText& head, GltfJson& json, JsonArray& buffers) {
   struct Member {
-    Key key;
-    JsonValue& array;
+    std::string_view key;
+    JsonArray& array;
   };
-  for (const Member& always : {Member{"scenes", json.scenes}, Member{"nodes", json.nodes},
-                               Member{"meshes", json.meshes}, Member{"buffers", json.buffers},
-                               Member{"bufferViews", json.bufferViews}, Member{"accessors", json.accessors}})
-    root.AddMember(always.key, always.array, allocator);
-  for (const Member& filled :
-       {Member{"materials", json.materials}, Member{"textures", json.textures}, Member{"images", json.images},
-        Member{"samplers", json.samplers}, Member{"animations", json.animations}, Member{"skins", json.skins},
-        Member{"cameras", json.cameras}})
-    if (!filled.array.Empty()) root.AddMember(filled.key, filled.array, allocator);
+  JsonPieces pieces = {head.Text()};
+  const auto add = [&](const Member& member) {
+    const JsonText& text = member.array.Close();
+    pieces.push_back(member.key);
+    pieces.push_back(text.Text());
+    return !text.IsBroken();
+  };
+  for (const Member& always :
+       {Member{",\"scenes\":", json.scenes}, Member{",\"nodes\":", json.nodes},
+        Member{",\"meshes\":", json.meshes}, Member{",\"buffers\":", buffers},
+        Member{",\"bufferViews\":", json.bufferViews}, Member{",\"accessors\":", json.accessors}})
+    if (!add(always)) return pieces;
+  for (const Member& filled : {Member{",\"materials\":", json.materials}, Member{",\"textures\":", json.textures},
+                               Member{",\"images\":", json.images}, Member{",\"samplers\":", json.samplers},
+                               Member{",\"animations\":", json.animations}, Member{",\"skins\":", json.skins},
+                               Member{",\"cameras\":", json.cameras}})
+    if (filled.array.Size() != 0 && !add(filled)) return pieces;
+  pieces.push_back("}");
+  return pieces;
 }
 
 }  // namespace
 
 bool WriteDocument(GltfDocument& document, const std::string& filePath) {
-  OpenJson(document);
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue root = MakeRoot(allocator);
+  GltfJson& json = document.json.emplace();
+  json.buffer.uri = document.format == GltfFormat::Glb ? "" : BufferUri(filePath);
   AddDefaultMaterial(document);
-  AddBuffer(document, 0, document.format == GltfFormat::Glb ? "" : BufferUri(filePath));
   for (const auto& scene : document.scenes) WriteScene(document, *scene);
   for (const GltfSkin* skin : document.skins) WriteSkin(document, *skin);
-  // The key occurs a second time on purpose: the two lists aren't merged.
-  if (document.unlitUsed) AddExtensionsUsed(root, "KHR_materials_unlit", allocator);
-  AddArrays(root, document.json, allocator);
-  const bool written = document.format == GltfFormat::Glb ? WriteGlb(document, filePath, root)
-                                                          : WriteGltf(document, filePath, root);
-  CloseJson(document);
+  WriteNodes(document);
+  JsonText head;
+  WriteHead(head, document);
+  JsonArray buffers;
+  WriteBuffer(buffers, json.buffer);
+  const JsonPieces pieces = Assemble(head, json, buffers);
+  const bool written = document.format == GltfFormat::Glb ? WriteGlb(document, filePath, pieces)
+                                                          : WriteGltf(document, filePath, pieces);
+  document.json.reset();
   return written;
 }

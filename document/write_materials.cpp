@@ -1,6 +1,5 @@
 #include "document/write_materials.h"
 
-#include "document/json_values.h"
 #include "document/write_textures.h"
 
 namespace {
@@ -18,63 +17,89 @@ std::optional<std::uint32_t> TexCoordOf(const GltfMesh& mesh, const GltfTexture&
   return found->second;
 }
 
+using Reference = std::optional<TextureReference>;
+
 // Without its UV map the texture isn't written at all.
-void AddBaseColorTexture(GltfDocument& document, const GltfMesh& mesh, const GltfTexture* texture,
-                         JsonValue& owner) {
-  if (!texture) return;
+Reference ReferToBaseColor(GltfDocument& document, const GltfMesh& mesh, const GltfTexture* texture) {
+  if (!texture) return std::nullopt;
   const auto texCoord = TexCoordOf(mesh, *texture);
-  if (!texCoord) return;
-  if (const auto index = WriteTexture(document, *texture))
-    owner.AddMember("baseColorTexture", MakeTextureReference(document, *texture, *index, *texCoord, {}),
-                    *document.allocator);
+  if (!texCoord) return std::nullopt;
+  const auto index = WriteTexture(document, *texture);
+  return index ? Reference({texture, *index, *texCoord}) : std::nullopt;
 }
 
 // Here the texture is written first, and stays when the mesh lacks its UV map.
-void AddTexture(GltfDocument& document, const GltfMesh& mesh, const GltfTexture* texture, JsonValue& owner,
-                const char* key, ReferenceFactor factor = {}) {
-  if (!texture) return;
+Reference ReferTo(GltfDocument& document, const GltfMesh& mesh, const GltfTexture* texture) {
+  if (!texture) return std::nullopt;
   const auto index = WriteTexture(document, *texture);
   const auto texCoord = TexCoordOf(mesh, *texture);
-  if (index && texCoord)
-    owner.AddMember(rapidjson::StringRef(key), MakeTextureReference(document, *texture, *index, *texCoord, factor),
-                    *document.allocator);
+  return index && texCoord ? Reference({texture, *index, *texCoord}) : std::nullopt;
 }
 
-JsonValue MakeUnlitExtension(JsonAllocator& allocator) {
-  JsonValue extensions(rapidjson::kObjectType);
-  extensions.AddMember("KHR_materials_unlit", JsonValue(rapidjson::kObjectType), allocator);
-  return extensions;
+struct MaterialTextures {
+  Reference baseColor, metallicRoughness, normal, occlusion, emissive;
+};
+
+// Writes the textures in their own order, which isn't that of the keys.
+MaterialTextures WriteTextures(GltfDocument& document, const GltfMaterial& material, const GltfMesh& mesh) {
+  MaterialTextures textures;
+  textures.baseColor = ReferToBaseColor(document, mesh, material.baseColorTexture);
+  if (material.shadingModel != GltfShadingModel::MetallicRoughness) return textures;
+  textures.metallicRoughness = ReferTo(document, mesh, material.metallicRoughnessTexture);
+  textures.normal = ReferTo(document, mesh, material.normalTexture);
+  textures.occlusion = ReferTo(document, mesh, material.occlusionTexture);
+  textures.emissive = ReferTo(document, mesh, material.emissiveTexture);
+  return textures;
+}
+
+void AddReference(JsonText& text, const char* key, const Reference& reference, ReferenceFactor factor = {}) {
+  if (!reference) return;
+  text.Key(key);
+  WriteTextureReference(text, *reference, factor);
+}
+
+void AddSurface(JsonText& text, const GltfMaterial& material, const MaterialTextures& textures) {
+  text.Key("pbrMetallicRoughness");
+  text.StartObject();
+  text.Member("baseColorFactor", std::span<const double>(material.baseColorFactor));
+  text.Member("metallicFactor", static_cast<double>(material.metallicFactor));
+  text.Member("roughnessFactor", static_cast<double>(material.roughnessFactor));
+  AddReference(text, "baseColorTexture", textures.baseColor);
+  AddReference(text, "metallicRoughnessTexture", textures.metallicRoughness);
+  text.EndObject();
+}
+
+void AddUnlitExtension(JsonText& text) {
+  text.Key("extensions");
+  text.StartObject();
+  text.Key("KHR_materials_unlit");
+  text.StartObject();
+  text.EndObject();
+  text.EndObject();
 }
 
 }  // namespace
 
 std::uint32_t WriteMaterial(GltfDocument& document, const GltfMaterial& material, const GltfMesh& mesh) {
-  const auto [entry, isNew] = document.materialIndex.insert({&material, document.json.materials.Size()});
+  const std::uint32_t index = document.json->materials.Size();
+  const auto [entry, isNew] = document.materialIndex.insert({&material, index});
   if (!isNew) return entry->second;
 
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue object(rapidjson::kObjectType);
-  object.AddMember("name", TextValue(material.name, allocator), allocator);
-  object.AddMember("emissiveFactor", NumbersValue(material.emissiveFactor, allocator), allocator);
-  object.AddMember("alphaMode", rapidjson::StringRef(AlphaModeText(material.alphaMode)), allocator);
-  object.AddMember("doubleSided", material.doubleSided, allocator);
-
-  JsonValue pbr(rapidjson::kObjectType);
-  pbr.AddMember("baseColorFactor", NumbersValue(material.baseColorFactor, allocator), allocator);
-  pbr.AddMember("metallicFactor", static_cast<double>(material.metallicFactor), allocator);
-  pbr.AddMember("roughnessFactor", static_cast<double>(material.roughnessFactor), allocator);
-  AddBaseColorTexture(document, mesh, material.baseColorTexture, pbr);
-  if (material.shadingModel == GltfShadingModel::MetallicRoughness) {
-    AddTexture(document, mesh, material.metallicRoughnessTexture, pbr, "metallicRoughnessTexture");
-    AddTexture(document, mesh, material.normalTexture, object, "normalTexture", {"scale", material.normalScale});
-    AddTexture(document, mesh, material.occlusionTexture, object, "occlusionTexture",
-               {"strength", material.occlusionStrength});
-    AddTexture(document, mesh, material.emissiveTexture, object, "emissiveTexture");
-  }
-  object.AddMember("pbrMetallicRoughness", pbr, allocator);
+  const MaterialTextures textures = WriteTextures(document, material, mesh);
+  JsonText& text = document.json->materials.Append();
+  text.StartObject();
+  text.Member("name", material.name);
+  text.Member("emissiveFactor", std::span<const double>(material.emissiveFactor));
+  text.Member("alphaMode", AlphaModeText(material.alphaMode));
+  text.Member("doubleSided", material.doubleSided);
+  AddReference(text, "normalTexture", textures.normal, {"scale", material.normalScale});
+  AddReference(text, "occlusionTexture", textures.occlusion, {"strength", material.occlusionStrength});
+  AddReference(text, "emissiveTexture", textures.emissive);
+  AddSurface(text, material, textures);
   if (material.shadingModel == GltfShadingModel::Unlit) {
-    object.AddMember("extensions", MakeUnlitExtension(allocator), allocator);
+    AddUnlitExtension(text);
     document.unlitUsed = true;
   }
-  return AppendValue(document.json.materials, std::move(object), allocator);
+  text.EndObject();
+  return index;
 }

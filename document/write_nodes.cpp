@@ -1,7 +1,6 @@
 #include "document/write_nodes.h"
 
 #include "document/decompose.h"
-#include "document/json_values.h"
 #include "document/write_meshes.h"
 
 namespace {
@@ -11,74 +10,80 @@ constexpr double kNear = 0.01;
 constexpr double kFieldOfViewY = 0.8726;  // radians
 
 std::uint32_t WriteCamera(GltfDocument& document, const GltfCamera& camera) {
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue lens(rapidjson::kObjectType);
-  lens.AddMember("znear", kNear, allocator);
-  lens.AddMember("yfov", kFieldOfViewY, allocator);
-  JsonValue object(rapidjson::kObjectType);
-  object.AddMember("name", TextValue(camera.name, allocator), allocator);
-  object.AddMember("type", "perspective", allocator);
-  object.AddMember("perspective", lens, allocator);
-  return AppendValue(document.json.cameras, std::move(object), allocator);
+  JsonText& text = document.json->cameras.Append();
+  text.StartObject();
+  text.Member("name", camera.name);
+  text.Member("type", "perspective");
+  text.Key("perspective");
+  text.StartObject();
+  text.Member("znear", kNear);
+  text.Member("yfov", kFieldOfViewY);
+  text.EndObject();
+  text.EndObject();
+  return document.json->cameras.Size() - 1;
 }
 
-void AddTransform(JsonValue& object, const GltfNode& node, JsonAllocator& allocator) {
+template <std::size_t N>
+void AddF32Numbers(JsonText& text, const char* key, std::array<double, N> numbers) {
+  for (double& number : numbers) number = AsF32(number);
+  text.Member(key, std::span<const double>(numbers));
+}
+
+void AddTransform(JsonText& text, const GltfNode& node) {
   if (node.matrix == Matrix4{}) return;
-  if (node.useMatrix) {
-    object.AddMember("matrix", F32NumbersValue(node.matrix.m, allocator), allocator);
-    return;
-  }
+  if (node.useMatrix) return AddF32Numbers(text, "matrix", node.matrix.m);
   const NodeTransform transform = Decompose(node.matrix);
-  object.AddMember("rotation", F32NumbersValue(transform.rotation, allocator), allocator);
-  object.AddMember("translation", F32NumbersValue(transform.translation, allocator), allocator);
-  object.AddMember("scale", F32NumbersValue(transform.scale, allocator), allocator);
+  AddF32Numbers(text, "rotation", transform.rotation);
+  AddF32Numbers(text, "translation", transform.translation);
+  AddF32Numbers(text, "scale", transform.scale);
 }
 
-std::uint32_t WriteNode(GltfDocument& document, GltfNode& node) {
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue object(rapidjson::kObjectType);
-  object.AddMember("name", TextValue(node.name, allocator), allocator);
+void AddChildren(JsonText& text, const GltfDocument& document, const GltfNode& node) {
+  text.Key("children");
+  text.StartArray();
+  for (const GltfNode* child : node.children) text.Value(document.nodeIndex.at(child));
+  text.EndArray();
+}
+
+void AddNode(GltfDocument& document, GltfNode& node) {
+  const auto index = static_cast<std::uint32_t>(document.json->writtenNodes.size());
+  WrittenNode written{&node, {}, {}, {}};
   if (node.mesh && document.skinnedMeshInWS == 1 && !node.mesh->skins.empty()) node.useMatrix = false;
-  AddTransform(object, node, allocator);
   // Meshes and cameras aren't shared: each node writes its own anew.
-  if (node.mesh) {
-    if (const auto mesh = WriteMesh(document, *node.mesh)) object.AddMember("mesh", *mesh, allocator);
-  }
-  if (node.camera) object.AddMember("camera", WriteCamera(document, *node.camera), allocator);
-  const std::uint32_t index = AppendValue(document.json.nodes, std::move(object), allocator);
+  if (node.mesh) written.mesh = WriteMesh(document, *node.mesh);
+  if (node.camera) written.camera = WriteCamera(document, *node.camera);
+  document.json->writtenNodes.push_back(std::move(written));
   document.nodeIndex.insert({&node, index});
-  return index;
 }
 
-// A node whose children are being written.
-struct OpenNode {
-  OpenNode(const GltfNode& openNode, std::uint32_t openIndex) : node(&openNode), index(openIndex) {}
-
-  const GltfNode* node;
-  std::uint32_t index;
-  std::size_t nextChild = 0;
-  JsonValue childIndices{rapidjson::kArrayType};
-};
+void WriteNode(GltfDocument& document, const WrittenNode& written) {
+  const GltfNode& node = *written.node;
+  JsonText& text = document.json->nodes.Append();
+  text.StartObject();
+  text.Member("name", node.name);
+  AddTransform(text, node);
+  if (written.mesh) text.Member("mesh", *written.mesh);
+  if (written.camera) text.Member("camera", *written.camera);
+  if (!node.children.empty()) AddChildren(text, document, node);
+  for (const std::uint32_t skin : written.skins) text.Member("skin", skin);
+  text.EndObject();
+}
 
 }  // namespace
 
-std::uint32_t WriteNodeTree(GltfDocument& document, GltfNode& root) {
-  JsonAllocator& allocator = *document.allocator;
-  const std::uint32_t rootIndex = WriteNode(document, root);
+std::uint32_t AddNodeTree(GltfDocument& document, GltfNode& root) {
+  const auto rootIndex = static_cast<std::uint32_t>(document.json->writtenNodes.size());
   // A stack of our own, since a hierarchy may be deeper than the thread's stack.
-  std::vector<OpenNode> open;
-  if (!root.children.empty()) open.emplace_back(root, rootIndex);
-  while (!open.empty()) {
-    OpenNode& parent = open.back();
-    if (parent.nextChild == parent.node->children.size()) {
-      document.json.nodes[parent.index].AddMember("children", parent.childIndices, allocator);
-      open.pop_back();
-      continue;
-    }
-    GltfNode& child = *parent.node->children[parent.nextChild++];
-    const std::uint32_t index = WriteNode(document, child);
-    parent.childIndices.PushBack(index, allocator);
-    if (!child.children.empty()) open.emplace_back(child, index);
+  std::vector<GltfNode*> pending = {&root};
+  while (!pending.empty()) {
+    GltfNode& node = *pending.back();
+    pending.pop_back();
+    AddNode(document, node);
+    pending.insert(pending.end(), node.children.rbegin(), node.children.rend());
   }
   return rootIndex;
+}
+
+void WriteNodes(GltfDocument& document) {
+  for (const WrittenNode& written : document.json->writtenNodes) WriteNode(document, written);
 }

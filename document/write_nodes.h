@@ -3,6 +3,9 @@
 
 #include "document/document.h"
 
-// Writes the node and all below it, depth first, a parent before its children. Returns the node's index in
-// "nodes".
-std::uint32_t WriteNodeTree(GltfDocument& document, GltfNode& root);
+// Gives the node and all below it their indices in "nodes", depth first, a parent before its children, and writes
+// their meshes and cameras. Returns the node's index.
+std::uint32_t AddNodeTree(GltfDocument& document, GltfNode& root);
+
+// Writes "nodes", when the skins are known.
+void WriteNodes(GltfDocument& document);

@@ -8,5 +8,4 @@ using TagTriangles = std::pair<std::string, std::vector<std::uint32_t>>;
 
 // Folds the corners of the tag's triangles into vertices, adds their data to the buffer and appends the
 // primitive's object to `primitives`.
-void WritePrimitive(GltfDocument& document, const GltfMesh& mesh, const TagTriangles& entry,
-                    JsonValue& primitives);
+void WritePrimitive(GltfDocument& document, const GltfMesh& mesh, const TagTriangles& entry, JsonText& primitives);

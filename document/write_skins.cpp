@@ -1,7 +1,6 @@
 #include "document/write_skins.h"
 
 #include "document/buffers.h"
-#include "document/json_values.h"
 
 namespace {
 
@@ -14,28 +13,28 @@ std::uint32_t AddInverseBindMatrices(GltfDocument& document, const std::vector<M
                    static_cast<std::uint32_t>(matrices.size()));
 }
 
-void AddJoints(JsonValue& object, const GltfDocument& document, const std::vector<GltfNode*>& joints) {
-  JsonAllocator& allocator = *document.allocator;
+void AddJoints(JsonText& text, const GltfDocument& document, const std::vector<GltfNode*>& joints) {
   if (const auto first = document.nodeIndex.find(joints.front()); first != document.nodeIndex.end())
-    object.AddMember("skeleton", first->second, allocator);
-  JsonValue indices(rapidjson::kArrayType);
+    text.Member("skeleton", first->second);
+  text.Key("joints");
+  text.StartArray();
   for (const GltfNode* joint : joints) {
     if (const auto found = document.nodeIndex.find(joint); found != document.nodeIndex.end())
-      indices.PushBack(found->second, allocator);
+      text.Value(found->second);
   }
-  object.AddMember("joints", indices, allocator);
+  text.EndArray();
 }
 
 }  // namespace
 
 void WriteSkin(GltfDocument& document, const GltfSkin& skin) {
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue object(rapidjson::kObjectType);
-  object.AddMember("inverseBindMatrices", AddInverseBindMatrices(document, skin.inverseBindMatrices), allocator);
-  if (!skin.joints.empty()) AddJoints(object, document, skin.joints);
-  object.AddMember("name", TextValue(skin.name, allocator), allocator);
   // A node with two skins gets the key twice.
   if (const auto found = document.nodeIndex.find(skin.node); found != document.nodeIndex.end())
-    document.json.nodes[found->second].AddMember("skin", document.json.skins.Size(), allocator);
-  AppendValue(document.json.skins, std::move(object), allocator);
+    document.json->writtenNodes[found->second].skins.push_back(document.json->skins.Size());
+  JsonText& text = document.json->skins.Append();
+  text.StartObject();
+  text.Member("inverseBindMatrices", AddInverseBindMatrices(document, skin.inverseBindMatrices));
+  if (!skin.joints.empty()) AddJoints(text, document, skin.joints);
+  text.Member("name", skin.name);
+  text.EndObject();
 }

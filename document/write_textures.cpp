@@ -1,7 +1,6 @@
 #include "document/write_textures.h"
 
 #include "document/images.h"
-#include "document/json_values.h"
 #include "document/texture_transform.h"
 
 namespace {
@@ -20,23 +19,27 @@ std::uint32_t WrapCode(GltfWrapMode mode) {
 
 // Equal samplers aren't merged.
 std::uint32_t WriteSampler(GltfDocument& document, const GltfTexture& texture) {
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue sampler(rapidjson::kObjectType);
-  sampler.AddMember("wrapS", WrapCode(texture.wrapU), allocator);
-  sampler.AddMember("wrapT", WrapCode(texture.wrapV), allocator);
-  return AppendValue(document.json.samplers, std::move(sampler), allocator);
+  JsonText& text = document.json->samplers.Append();
+  text.StartObject();
+  text.Member("wrapS", WrapCode(texture.wrapU));
+  text.Member("wrapT", WrapCode(texture.wrapV));
+  text.EndObject();
+  return document.json->samplers.Size() - 1;
 }
 
 // Written for every reference, also for a neutral transform.
-void WriteTextureTransform(JsonValue& reference, const GltfTexture& texture, JsonAllocator& allocator) {
+void WriteTextureTransform(JsonText& text, const GltfTexture& texture) {
+  const std::array<double, 2> offset = TextureOffset(texture);
   const std::array<double, 2> scale = {texture.scaleU, texture.scaleV};
-  JsonValue transform(rapidjson::kObjectType);
-  transform.AddMember("offset", NumbersValue(TextureOffset(texture), allocator), allocator);
-  transform.AddMember("rotation", texture.rotation, allocator);
-  transform.AddMember("scale", NumbersValue(scale, allocator), allocator);
-  JsonValue extensions(rapidjson::kObjectType);
-  extensions.AddMember("KHR_texture_transform", transform, allocator);
-  reference.AddMember("extensions", extensions, allocator);
+  text.Key("extensions");
+  text.StartObject();
+  text.Key("KHR_texture_transform");
+  text.StartObject();
+  text.Member("offset", std::span<const double>(offset));
+  text.Member("rotation", texture.rotation);
+  text.Member("scale", std::span<const double>(scale));
+  text.EndObject();
+  text.EndObject();
 }
 
 }  // namespace
@@ -46,23 +49,22 @@ std::optional<std::uint32_t> WriteTexture(GltfDocument& document, const GltfText
     return found->second;
   const auto image = AddImage(document, MakeImageFile(texture.filePath));
   if (!image) return std::nullopt;
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue object(rapidjson::kObjectType);
-  object.AddMember("name", TextValue(texture.name, allocator), allocator);
-  object.AddMember("sampler", WriteSampler(document, texture), allocator);
-  object.AddMember("source", *image, allocator);
-  const std::uint32_t index = AppendValue(document.json.textures, std::move(object), allocator);
+  const std::uint32_t index = document.json->textures.Size();
+  JsonText& text = document.json->textures.Append();
+  text.StartObject();
+  text.Member("name", texture.name);
+  text.Member("sampler", WriteSampler(document, texture));
+  text.Member("source", *image);
+  text.EndObject();
   document.textureIndex.insert({&texture, index});
   return index;
 }
 
-JsonValue MakeTextureReference(const GltfDocument& document, const GltfTexture& texture, std::uint32_t index,
-                               std::uint32_t texCoord, ReferenceFactor factor) {
-  JsonAllocator& allocator = *document.allocator;
-  JsonValue reference(rapidjson::kObjectType);
-  reference.AddMember("index", index, allocator);
-  reference.AddMember("texCoord", texCoord, allocator);
-  if (factor.value != 1) reference.AddMember(rapidjson::StringRef(factor.key), AsF32(factor.value), allocator);
-  WriteTextureTransform(reference, texture, allocator);
-  return reference;
+void WriteTextureReference(JsonText& text, const TextureReference& reference, ReferenceFactor factor) {
+  text.StartObject();
+  text.Member("index", reference.index);
+  text.Member("texCoord", reference.texCoord);
+  if (factor.value != 1) text.Member(factor.key, AsF32(factor.value));
+  WriteTextureTransform(text, *reference.texture);
+  text.EndObject();
 }

@@ -14,5 +14,11 @@ struct ReferenceFactor {
   double value = 1;
 };
 
-JsonValue MakeTextureReference(const GltfDocument& document, const GltfTexture& texture, std::uint32_t index,
-                               std::uint32_t texCoord, ReferenceFactor factor);
+// A written texture, with the UV map that a material lays it on by.
+struct TextureReference {
+  const GltfTexture* texture = nullptr;
+  std::uint32_t index = 0;
+  std::uint32_t texCoord = 0;
+};
+
+void WriteTextureReference(JsonText& text, const TextureReference& reference, ReferenceFactor factor);

@@ -15,45 +15,39 @@ const Matrix4* ToWorld(const GltfDocument& document, const GltfMesh& mesh) {
   return move ? &mesh.node->matrix : nullptr;
 }
 
-JsonValue NumberArray(GltfDocument& document, const std::array<float, 3>& numbers) {
-  JsonValue array(rapidjson::kArrayType);
-  for (const float number : numbers) array.PushBack(static_cast<double>(number), *document.allocator);
-  return array;
-}
+std::array<double, 3> Widened(const std::array<float, 3>& numbers) { return {numbers[0], numbers[1], numbers[2]}; }
 
 std::uint32_t AddPositions(GltfDocument& document, std::vector<float> positions) {
   const auto vertices = static_cast<std::uint32_t>(positions.size() / 3);
   if (vertices == 0) return AddFloats(document, std::move(positions), GltfAccessorType::Vec3, 0);
   const Bounds bounds = BoundsOf(positions);
-  return AddFloats(document, std::move(positions), GltfAccessorType::Vec3, vertices,
-                   NumberArray(document, bounds.min), NumberArray(document, bounds.max));
+  return AddFloats(document, std::move(positions), GltfAccessorType::Vec3, vertices, Widened(bounds.min),
+                   Widened(bounds.max));
 }
 
 // Adds attributes in the order in which they are called for, which is that of their data in the buffer.
 class AttributeWriter {
  public:
-  AttributeWriter(GltfDocument& document, VertexWedges wedges)
-      : document_(document), wedges_(wedges), attributes_(rapidjson::kObjectType) {}
+  AttributeWriter(GltfDocument& document, VertexWedges wedges) : document_(document), wedges_(wedges) {}
 
-  void Add(const char* name, std::uint32_t accessor) { AddMember(name, accessor); }
+  void Add(std::string name, std::uint32_t accessor) { accessors_.emplace_back(std::move(name), accessor); }
   void AddNumbered(const char* prefix, std::size_t n, std::uint32_t accessor) {
-    AddMember(prefix + std::to_string(n), accessor);
+    Add(prefix + std::to_string(n), accessor);
   }
   void AddFloatData(const char* name, std::vector<float> values, GltfAccessorType type) {
     Add(name, AddFloats(document_, std::move(values), type, Vertices()));
   }
   std::uint32_t Vertices() const { return static_cast<std::uint32_t>(wedges_.size()); }
-  JsonValue Take() { return std::move(attributes_); }
-
- private:
-  void AddMember(const std::string& name, std::uint32_t accessor) {
-    JsonValue key(name.c_str(), static_cast<rapidjson::SizeType>(name.size()), *document_.allocator);
-    attributes_.AddMember(key, JsonValue(accessor), *document_.allocator);
+  void Write(JsonText& text) const {
+    text.StartObject();
+    for (const auto& [name, accessor] : accessors_) text.Member(name, accessor);
+    text.EndObject();
   }
 
+ private:
   GltfDocument& document_;
   VertexWedges wedges_;
-  JsonValue attributes_;
+  std::vector<std::pair<std::string, std::uint32_t>> accessors_;
 };
 
 void AddTangents(GltfDocument& document, AttributeWriter& attributes, const GltfMesh& mesh, VertexWedges wedges,
@@ -79,7 +73,7 @@ void AddSkins(GltfDocument& document, AttributeWriter& attributes, const GltfMes
 }  // namespace
 
 void WritePrimitive(GltfDocument& document, const GltfMesh& mesh, const TagTriangles& entry,
-                    JsonValue& primitives) {
+                    JsonText& primitives) {
   VertexFold fold = FoldCorners(entry.second, mesh.wedgeIndex, mesh.positionIndex.size());
   const VertexWedges wedges = fold.wedges;
   AttributeWriter attributes(document, wedges);
@@ -103,10 +97,11 @@ void WritePrimitive(GltfDocument& document, const GltfMesh& mesh, const TagTrian
   const auto material = mesh.materialByTag.find(entry.first);
   const std::uint32_t materialIndex =
       material == mesh.materialByTag.end() ? 0 : WriteMaterial(document, *material->second, mesh);
-  JsonValue primitive(rapidjson::kObjectType);
-  primitive.AddMember("indices", JsonValue(indices), *document.allocator);
-  primitive.AddMember("mode", 4, *document.allocator);
-  primitive.AddMember("material", JsonValue(materialIndex), *document.allocator);
-  primitive.AddMember("attributes", attributes.Take(), *document.allocator);
-  primitives.PushBack(primitive, *document.allocator);
+  primitives.StartObject();
+  primitives.Member("indices", indices);
+  primitives.Member("mode", 4);
+  primitives.Member("material", materialIndex);
+  primitives.Key("attributes");
+  attributes.Write(primitives);
+  primitives.EndObject();
 }

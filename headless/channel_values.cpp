@@ -2,6 +2,7 @@
 
 #include "headless/envelope.h"
 
+#include <bit>
 #include <limits>
 
 namespace headless {
@@ -148,21 +149,44 @@ double ChannelValues::OwnNumber(const ReadState& state, const Slot& slot) const 
   return slot.type == SlotType::Integer ? TruncateToInteger(value) : value;
 }
 
+void ChannelValues::StartMemo(const ReadState& state) const {
+  const bool isCurrent =
+      memo_.stamp != 0 && memo_.revision == revision_ && memo_.state.layer == state.layer &&
+      std::bit_cast<std::uint64_t>(memo_.state.time) == std::bit_cast<std::uint64_t>(state.time);
+  if (isCurrent) return;
+  const std::size_t links = index_.Scene().channelLinks.size();
+  if (++memo_.stamp == 0 || memo_.stamps.size() != links) {
+    memo_.stamps.assign(links, 0);
+    memo_.numbers.resize(links);
+    memo_.stamp = 1;
+  }
+  memo_.state = state;
+  memo_.revision = revision_;
+}
+
 double ChannelValues::DrivenNumber(const ReadState& state, const Slot& slot) const {
+  StartMemo(state);
+  const std::vector<ChannelLink>& links = index_.Scene().channelLinks;
+  const auto isKnown = [&](std::int32_t link) { return memo_.stamps[At(link)] == memo_.stamp; };
   linkPath_.clear();
-  for (std::int32_t link = slot.link; link >= 0; link = SlotOf(linkPath_.back()->from).link)
-    linkPath_.push_back(&index_.Scene().channelLinks[At(link)]);
-  double value = OwnNumber(state, SlotOf(linkPath_.back()->from));
+  std::int32_t source = slot.link;
+  for (; source >= 0 && !isKnown(source); source = SlotOf(links[At(source)].from).link)
+    linkPath_.push_back(source);
+  double value =
+      source >= 0 ? memo_.numbers[At(source)] : OwnNumber(state, SlotOf(links[At(linkPath_.back())].from));
   for (; !linkPath_.empty(); linkPath_.pop_back()) {
-    const ChannelLink& link = *linkPath_.back();
+    const std::size_t place = At(linkPath_.back());
+    const ChannelLink& link = links[place];
     value = value * link.factor + link.offset;
     if (SlotOf(link.to).type == SlotType::Integer) value = TruncateToInteger(value);
+    memo_.numbers[place] = value;
+    memo_.stamps[place] = memo_.stamp;
   }
   return value;
 }
 
-std::optional<double> ChannelValues::Number(const ReadState& state, ChannelRef ref) const {
-  const Slot& slot = SlotOf(ref);
+std::optional<double> ChannelValues::NumberAt(const ReadState& state, std::size_t place) const {
+  const Slot& slot = slots_[place];
   if (slot.type == SlotType::NoNumber) return std::nullopt;
   const bool isDriven = state.evaluation == Evaluation::Driven && slot.link >= 0;
   return isDriven ? DrivenNumber(state, slot) : OwnNumber(state, slot);

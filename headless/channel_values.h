@@ -32,7 +32,11 @@ class ChannelValues {
   explicit ChannelValues(const SceneIndex& index);
 
   // All take channels that exist. Nothing or null when the channel holds no such value.
-  std::optional<double> Number(const ReadState& state, ChannelRef ref) const;
+  std::optional<double> Number(const ReadState& state, ChannelRef ref) const {
+    return NumberAt(state, index_.ChannelPlace(ref));
+  }
+  // By the channel's place in the index.
+  std::optional<double> NumberAt(const ReadState& state, std::size_t place) const;
   const std::string* Text(const ReadState& state, ChannelRef ref) const;
   // The channel's own curve in a layer.
   const EnvelopeData* Envelope(Layer layer, ChannelRef ref) const;
@@ -68,6 +72,7 @@ class ChannelValues {
   const ChannelValue& StoredValue(Layer layer, ChannelRef ref) const;
   double OwnNumber(const ReadState& state, const Slot& slot) const;
   double DrivenNumber(const ReadState& state, const Slot& slot) const;
+  void StartMemo(const ReadState& state) const;
   void AddSlots();
   void Show(ChannelRef ref, Layer layer);
   void AddLinks();
@@ -80,7 +85,18 @@ class ChannelValues {
   std::vector<Activity> activities_;   // per item
   std::vector<ItemIndex> clipGroups_;  // per item: the group that lists the clip, -1 for none
   std::uint32_t revision_ = 0;
-  mutable std::vector<const ChannelLink*> linkPath_;  // scratch
+
+  // The numbers that links have given in one state, so that a chain of links isn't walked from each of its
+  // channels anew.
+  struct LinkMemo {
+    ReadState state;
+    std::uint32_t revision = 0;
+    std::uint32_t stamp = 0;            // 0: nothing is known
+    std::vector<double> numbers;        // by link
+    std::vector<std::uint32_t> stamps;  // a number is known when its stamp is the current one
+  };
+  mutable LinkMemo memo_;
+  mutable std::vector<std::int32_t> linkPath_;  // scratch
 };
 
 // Numbers as an integer channel holds them: towards zero, within range.

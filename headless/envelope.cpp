@@ -31,11 +31,11 @@ double Hermite(const KeyData& from, const KeyData& to, double time) {
          (3 * t2 - 2 * t3) * to.value + (t3 - t2) * length * to.slopeIn;
 }
 
-double InsideValue(const Keys& keys, double time, std::size_t& hint) {
-  hint = FindSegment(keys, time, hint);
-  const KeyData& from = keys[hint];
-  if (hint + 1 == keys.size() || time == from.time) return from.value;
-  const KeyData& to = keys[hint + 1];
+// From key `place` on, at or after its time.
+double ValueFrom(const Keys& keys, std::size_t place, double time) {
+  const KeyData& from = keys[place];
+  if (place + 1 == keys.size() || time == from.time) return from.value;
+  const KeyData& to = keys[place + 1];
   switch (from.interpolation) {
     case Interpolation::Step:
       return from.value;
@@ -45,6 +45,11 @@ double InsideValue(const Keys& keys, double time, std::size_t& hint) {
       break;
   }
   return Hermite(from, to, time);
+}
+
+double InsideValue(const Keys& keys, double time, std::size_t& hint) {
+  hint = FindSegment(keys, time, hint);
+  return ValueFrom(keys, hint, time);
 }
 
 // Slope at the start of the first segment, or at the end of the last one.
@@ -79,8 +84,9 @@ double EvaluateEnvelope(const EnvelopeData& envelope, double time, std::size_t& 
   const Keys& keys = envelope.keys;
   if (keys.empty()) return 0;
   // First, since the ends of a long curve lie far away in memory.
-  if (IsInSegment(keys, hint, time)) return InsideValue(keys, time, hint);
-  const bool before = time<keys.front().time, after = time> keys.back().time;
+  if (IsInSegment(keys, hint, time)) return ValueFrom(keys, hint, time);
+  const bool before = time < keys.front().time;
+  const bool after = time > keys.back().time;
   if (!before && !after) return InsideValue(keys, time, hint);
   const KeyData& end = before ? keys.front() : keys.back();
   const Extrapolation extrapolation = before ? envelope.before : envelope.after;

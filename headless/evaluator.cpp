@@ -140,6 +140,7 @@ const Matrix4& Evaluator::World(const ReadState& state, ItemIndex locator, World
   Refresh(cache);
   const auto isKnown = [&](std::int32_t node) { return cache.stamps[At(node)] == cache.stamp; };
   const std::int32_t wanted = worldNodes_[At(locator)];
+  if (isKnown(wanted)) return cache.matrices[At(wanted)];
   pending_.assign(1, wanted);
   while (!pending_.empty()) {
     const std::int32_t place = pending_.back();
@@ -181,6 +182,7 @@ Matrix4 Evaluator::ComputeWorld(const ReadState& state, const Node& node, const 
     world = input(kLocal) ? *input(kLocal) : stack_.LocalMatrix(state, node.item);
     if (const Matrix4* parent = input(kParent)) world = world * *parent;
   }
+  if (!input(kWpos) && !input(kWrot) && !input(kWscl)) return world;
   const Matrix4 own = world;
   if (const Matrix4* source = input(kWrot)) CombineAxes(*source, own, world);
   if (const Matrix4* source = input(kWscl)) CombineAxes(Matrix4(world), *source, world);

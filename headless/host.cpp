@@ -5,12 +5,13 @@
 #include "headless/host_state.h"
 #include "headless/log_service.h"
 #include "headless/message_service.h"
+#include "headless/persistence.h"
 #include "headless/services.h"
 
 namespace headless {
 
 struct Host::Impl {
-  explicit Impl(SceneData scene)
+  Impl(SceneData scene, std::shared_ptr<ConfigStore> settings)
       : state(std::move(scene)),
         sceneService(state),
         selection(state),
@@ -20,7 +21,8 @@ struct Host::Impl {
         log(state.live, stream),
         messages(state.live),
         dialogs(stream),
-        commands(state) {}
+        commands(state),
+        persistence(state.live, std::move(settings)) {}
 
   HostState state;
   LogStream stream;
@@ -33,16 +35,21 @@ struct Host::Impl {
   MessageService messages;
   DialogService dialogs;
   CommandService commands;
+  PersistenceService persistence;
+  IOService io;
 };
 
-Host::Host(SceneData scene) : impl_(std::make_unique<Impl>(std::move(scene))) {}
+Host::Host(SceneData scene) : Host(std::move(scene), std::make_shared<ConfigStore>()) {}
+
+Host::Host(SceneData scene, std::shared_ptr<ConfigStore> settings)
+    : impl_(std::make_unique<Impl>(std::move(scene), std::move(settings))) {}
 
 Host::~Host() = default;
 
 IZyObject* Host::Service(std::uint32_t id) {
-  IZyObject* const services[] = {&impl_->sceneService, &impl_->selection, &impl_->platform,
-                                 &impl_->values,       &impl_->deformers, &impl_->log,
-                                 &impl_->messages,     &impl_->dialogs,   &impl_->commands};
+  IZyObject* const services[] = {&impl_->sceneService, &impl_->selection,   &impl_->platform, &impl_->values,
+                                 &impl_->deformers,    &impl_->log,         &impl_->messages, &impl_->dialogs,
+                                 &impl_->commands,     &impl_->persistence, &impl_->io};
   if (id == IZyObject::kId) return nullptr;
   for (IZyObject* service : services)
     if (service->Interface(id)) return service;
@@ -58,6 +65,8 @@ void Host::FlushLog() { impl_->stream.Flush(); }
 const SceneData& Host::Data() const { return impl_->state.scene; }
 
 void Host::SetUserValue(const std::string& name, std::int32_t value) { impl_->values.Set(name, value); }
+
+const Demand& Host::Asked() const { return impl_->state.demand; }
 
 std::size_t Host::LiveObjects() const { return impl_->state.live; }
 

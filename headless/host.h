@@ -1,6 +1,7 @@
 // The headless Orvo: serves a SceneData through the host's surface.
 #pragma once
 
+#include "headless/demand.h"
 #include "headless/scene_data.h"
 #include "host/module_api.h"
 #include "host/service_api.h"
@@ -21,10 +22,15 @@ struct LogLine {
 
 using LogSink = std::function<void(const LogLine&)>;
 
+class ConfigStore;
+
 // Owns a scene; everything handed out lives as long as the host.
 class Host final : public IZyHost {
  public:
+  // What modules store is kept in memory.
   explicit Host(SceneData scene);
+  // What modules store goes into `settings`, which are saved by whoever gave them.
+  Host(SceneData scene, std::shared_ptr<ConfigStore> settings);
   ~Host();
 
   IZyObject* Service(std::uint32_t id) override;
@@ -37,6 +43,8 @@ class Host final : public IZyHost {
   void FlushLog();
   const SceneData& Data() const;
   void SetUserValue(const std::string& name, std::int32_t value);
+  // May be read from any thread.
+  const Demand& Asked() const;
   // Temporary objects (channel reads, accessors, messages, ...) handed out and not yet released.
   std::size_t LiveObjects() const;
 

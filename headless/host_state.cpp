@@ -72,7 +72,7 @@ IZyScene* HostState::Scene() { return sceneObject_.get(); }
 const std::shared_ptr<MeshStore>& HostState::MeshOf(ItemIndex mesh) {
   const auto& data = Data(mesh).mesh;
   std::shared_ptr<MeshStore>& store = meshStores_[data.get()];
-  if (!store) store = MakeMeshStore(data);
+  if (!store) store = MakeMeshStore(data, &demand.triangles);
   return store;
 }
 

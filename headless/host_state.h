@@ -2,6 +2,7 @@
 #pragma once
 
 #include "headless/channel_values.h"
+#include "headless/demand.h"
 #include "headless/evaluator.h"
 #include "headless/mesh_access.h"
 #include "headless/scene_index.h"
@@ -44,6 +45,7 @@ class HostState {
   ChannelValues values;
   Evaluator evaluator;
   std::size_t live = 0;  // temporary objects
+  Demand demand;
 
  private:
   std::vector<Item> items_;  // by index, so that the order of pointers is scene order

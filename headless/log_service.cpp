@@ -28,7 +28,10 @@ void LogStream::Flush() {
 
 void LogStream::Add(LogLine::Kind kind, const std::string& text) {
   Flush();
-  Emit({kind, text});
+  if (!sink_) return;
+  line_.kind = kind;
+  line_.text = text;
+  Emit(line_);
 }
 
 void LogStream::AddMessage(LogLine::Kind kind, const std::string& text) {

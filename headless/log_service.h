@@ -29,6 +29,7 @@ class LogStream {
   void Emit(const LogLine& line) const;
 
   LogSink sink_;
+  LogLine line_;                               // scratch
   std::optional<LogLine> waiting_;             // the last line, when it is a message that no dialog has shown
   std::optional<std::string> unloggedDialog_;  // text of the last line, when it is a dialog that isn't logged
 };

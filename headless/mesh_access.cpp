@@ -145,6 +145,7 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyValueKeys> {
   zyresult TriangleByIndex(std::uint32_t index, ZyPointId (&points)[3]) override {
     std::uint32_t count = 0;
     if (ZyFailed(TriangleCount(count)) || index >= count) return ZYe_FAILED;
+    store_->CountTriangle();
     if (recorded_ || size_ > 4) {
       const TriangleTable& table = Table();
       const std::uint32_t* triangle = table.points + (std::size_t{table.starts[polygon_]} + index) * 3;

@@ -16,7 +16,8 @@ const T* DataOrNull(const Array<T>& array) {
 
 }  // namespace
 
-MeshStore::MeshStore(std::shared_ptr<const MeshData> data) : data_(std::move(data)) {
+MeshStore::MeshStore(std::shared_ptr<const MeshData> data, DemandCount* triangles)
+    : data_(std::move(data)), handedOut_(triangles) {
   maps_.reserve(data_->maps.size());
   for (const MeshMapData& map : data_->maps) {
     maps_.push_back({map.values.data(), DataOrNull(map.pointValues), DataOrNull(map.cornerValues), map.dimension});
@@ -70,8 +71,8 @@ const double* MeshStore::CornerNormals() {
   return cornerNormals_;
 }
 
-std::shared_ptr<MeshStore> MakeMeshStore(std::shared_ptr<const MeshData> data) {
-  return std::make_shared<MeshStore>(std::move(data));
+std::shared_ptr<MeshStore> MakeMeshStore(std::shared_ptr<const MeshData> data, DemandCount* triangles) {
+  return std::make_shared<MeshStore>(std::move(data), triangles);
 }
 
 }  // namespace headless

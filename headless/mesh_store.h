@@ -28,10 +28,13 @@ struct MapView {
 
 class MeshStore {
  public:
-  explicit MeshStore(std::shared_ptr<const MeshData> data);
+  MeshStore(std::shared_ptr<const MeshData> data, DemandCount* triangles);
 
   const MeshData& Data() const { return *data_; }
   const std::vector<MapView>& Maps() const { return maps_; }
+  void CountTriangle() const {
+    if (handedOut_) handedOut_->Add();
+  }
 
   // The point that an explicit id belongs to, the first one when several carry it; kNone for an unknown id.
   std::uint32_t FindExplicitId(ZyPointId id);
@@ -44,6 +47,7 @@ class MeshStore {
   void TriangulatePolygons();
 
   std::shared_ptr<const MeshData> data_;
+  DemandCount* handedOut_;
   std::vector<MapView> maps_;
   std::unordered_map<ZyPointId, std::uint32_t> pointsById_;
   TriangleTable triangles_;

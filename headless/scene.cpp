@@ -13,6 +13,7 @@ zyresult SceneObject::Channels(const char* actionName, double time, IZyObject*& 
     if (name != "setup" && name != "edit") return ZYe_FAILED;
     state = {name == "setup" ? Layer::Setup : Layer::Edit, Evaluation::Stored, time};
   }
+  host_.demand.reads.Add();
   read = new ChannelRead(host_, state);
   return ZYe_OK;
 }

@@ -4,6 +4,8 @@
 #include "host/scene_api.h"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
 
 namespace headless {
 
@@ -65,6 +67,12 @@ ChannelValue DefaultValue(const DefaultChannel& channel) {
   return std::string();
 }
 
+// What every item of a type has.
+struct TypeDefaults {
+  std::vector<ChannelData> channels;
+  bool isDeformGroup = false, isGroup = false, isClip = false;
+};
+
 std::vector<std::string_view> BaseChain(const SceneData& scene, std::string_view type) {
   std::vector<std::string_view> chain;
   for (; !type.empty() && std::find(chain.begin(), chain.end(), type) == chain.end(); type = BaseType(scene, type))
@@ -72,10 +80,35 @@ std::vector<std::string_view> BaseChain(const SceneData& scene, std::string_view
   return chain;
 }
 
-void AppendChannel(ItemData& item, std::string name, ChannelValue value) {
-  ChannelData& channel = item.channels.emplace_back();
+void AppendChannel(std::vector<ChannelData>& channels, std::string name, ChannelValue value) {
+  ChannelData& channel = channels.emplace_back();
   channel.name = std::move(name);
   channel.setup = std::move(value);
+}
+
+TypeDefaults MakeDefaults(const SceneData& scene, std::string_view type) {
+  const std::vector<std::string_view> chain = BaseChain(scene, type);
+  const auto isOfType = [&](std::string_view base) {
+    return std::find(chain.begin(), chain.end(), base) != chain.end();
+  };
+  TypeDefaults defaults;
+  for (const DefaultChannel& channel : kDefaultChannels)
+    if (isOfType(channel.type)) AppendChannel(defaults.channels, channel.name, DefaultValue(channel));
+  defaults.isDeformGroup = isOfType("deformGroup");
+  defaults.isGroup = isOfType("group");
+  defaults.isClip = isOfType("actionclip");
+  return defaults;
+}
+
+// Of the host's own types, worked out once. Null for the types that scenes add.
+const TypeDefaults* FindDefaults(std::string_view type) {
+  static const auto* const known = [] {
+    auto* byType = new std::unordered_map<std::string_view, TypeDefaults>;
+    for (const ItemTypeRow& row : kItemTypes) byType->emplace(row.name, MakeDefaults({}, row.name));
+    return byType;
+  }();
+  const auto found = known->find(type);
+  return found == known->end() ? nullptr : &found->second;
 }
 
 int MainTransformPlace(std::string_view type) {
@@ -100,15 +133,13 @@ ItemIndex AddItem(SceneData& scene, const std::string& type, const std::string& 
   item.type = type;
   item.name = name;
   item.parent = parent;
-  const std::vector<std::string_view> chain = BaseChain(scene, type);
-  const auto isOfType = [&](std::string_view base) {
-    return std::find(chain.begin(), chain.end(), base) != chain.end();
-  };
-  for (const DefaultChannel& channel : kDefaultChannels)
-    if (isOfType(channel.type)) AppendChannel(item, channel.name, DefaultValue(channel));
-  if (isOfType("deformGroup")) item.deformGroup.emplace();
-  if (isOfType("group")) item.group.emplace();
-  if (isOfType("actionclip")) item.clip.emplace();
+  const TypeDefaults* known = FindDefaults(type);
+  const TypeDefaults defaults = known ? TypeDefaults() : MakeDefaults(scene, type);
+  if (!known) known = &defaults;
+  item.channels = known->channels;
+  if (known->isDeformGroup) item.deformGroup.emplace();
+  if (known->isGroup) item.group.emplace();
+  if (known->isClip) item.clip.emplace();
   scene.items.push_back(std::move(item));
   return static_cast<ItemIndex>(scene.items.size() - 1);
 }
@@ -124,7 +155,7 @@ ItemIndex AddTransform(SceneData& scene, ItemIndex locator, const std::string& t
   return transform;
 }
 
-std::int32_t FindChannel(const ItemData& item, const std::string& name) {
+std::int32_t FindChannel(const ItemData& item, std::string_view name) {
   for (std::size_t index = 0; index < item.channels.size(); ++index)
     if (item.channels[index].name == name) return static_cast<std::int32_t>(index);
   return -1;
@@ -134,7 +165,7 @@ void SetChannel(ItemData& item, const std::string& name, ChannelValue value) {
   if (const std::int32_t index = FindChannel(item, name); index >= 0)
     item.channels[static_cast<std::size_t>(index)].setup = std::move(value);
   else
-    AppendChannel(item, name, std::move(value));
+    AppendChannel(item.channels, name, std::move(value));
 }
 
 }  // namespace headless

@@ -2,6 +2,7 @@
 // by their index in SceneData::items, which is scene order; -1 where there is none.
 #pragma once
 
+#include "headless/boxed.h"
 #include "headless/mesh_data.h"
 #include "host/matrix4.h"
 
@@ -11,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -41,12 +43,12 @@ using ChannelValue = std::variant<std::int32_t, double, std::string>;
 
 struct ChannelData {
   std::string name;
-  ChannelValue setup;                         // its alternative is the channel's type
-  std::optional<ChannelValue> edit;           // absent: as setup
-  std::optional<EnvelopeData> setupEnvelope;  // keys of the setup layer
-  std::optional<EnvelopeData> envelope;       // keys of the edit layer
-  bool readable = true;                       // false: every read of the channel fails
-  std::optional<std::uint32_t> linkCount;     // recorded number of driving links; absent: counted
+  ChannelValue setup;                      // its alternative is the channel's type
+  Boxed<ChannelValue> edit;                // absent: as setup
+  Boxed<EnvelopeData> setupEnvelope;       // keys of the setup layer
+  Boxed<EnvelopeData> envelope;            // keys of the edit layer
+  bool readable = true;                    // false: every read of the channel fails
+  std::optional<std::uint32_t> linkCount;  // recorded number of driving links; absent: counted
 };
 
 // World matrices as a host computed them, replayed exactly.
@@ -108,10 +110,10 @@ struct ItemData {
   // Main transform items by TransformKind: scale, rotation, position. The stack itself is the reverse links
   // of the locator in graph "xfrmCore".
   std::array<ItemIndex, 3> mainTransforms = {-1, -1, -1};
-  std::optional<RecordedWorld> world;
+  Boxed<RecordedWorld> world;
 
   // Of a `transform` item: its matrix, or the inverse of another transform item's matrix.
-  std::optional<Matrix4> matrix;
+  Boxed<Matrix4> matrix;
   ItemIndex inverseOf = -1;
 
   std::shared_ptr<const MeshData> mesh;  // value of a mesh's "mesh" channel
@@ -122,9 +124,9 @@ struct ItemData {
 
   ItemIndex deformationItem = -1;  // of a deformer: the item whose motion drives it
   std::string weightMap;           // of a deformer: the weight map that a deform group reads
-  std::optional<DeformGroupData> deformGroup;
-  std::optional<GroupData> group;
-  std::optional<ClipData> clip;
+  Boxed<DeformGroupData> deformGroup;
+  Boxed<GroupData> group;
+  Boxed<ClipData> clip;
 };
 
 // Drives a channel from another: value * factor + offset. Between matrix channels ("worldMatrix",
@@ -143,6 +145,8 @@ struct ApplicationData {
   std::int32_t build = 0;
   std::string osName = "Linux";
   std::string osVersion = "64 bit";
+
+  bool operator==(const ApplicationData& other) const = default;
 };
 
 enum class CommandState { Works, Absent, Fails };
@@ -176,7 +180,7 @@ ItemIndex AddItem(SceneData& scene, const std::string& type, const std::string& 
 ItemIndex AddTransform(SceneData& scene, ItemIndex locator, const std::string& type, const std::string& name);
 
 // The channel's index, -1 when the item has none of the name.
-std::int32_t FindChannel(const ItemData& item, const std::string& name);
+std::int32_t FindChannel(const ItemData& item, std::string_view name);
 
 // Sets a channel's setup value, adding the channel at the end when the item lacks it.
 void SetChannel(ItemData& item, const std::string& name, ChannelValue value);

@@ -4,13 +4,14 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace headless {
 
 namespace {
 
-constexpr const char* kMatrixChannelNames[] = {"wposMatrix",  "wrotMatrix",  "wsclMatrix",
-                                               "worldMatrix", "localMatrix", "parentMatrix"};
+constexpr std::string_view kMatrixChannelNames[] = {"wposMatrix",  "wrotMatrix",  "wsclMatrix",
+                                                    "worldMatrix", "localMatrix", "parentMatrix"};
 
 }  // namespace
 

@@ -113,4 +113,16 @@ zyresult ValueService::Query(const char* name, IZyObject*& value) {
   return ZYe_OK;
 }
 
+zyresult IOService::SetOptions(IZyObject* options) {
+  options_.Set(options);
+  return ZYe_OK;
+}
+
+zyresult IOService::Options(IZyObject*& options) {
+  if (!options_) return ZYe_FAILED;
+  options = options_.Raw();
+  options->AddRef();
+  return ZYe_OK;
+}
+
 }  // namespace headless

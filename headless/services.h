@@ -1,9 +1,10 @@
-// Small services of the host: types, selection, platform, user values.
+// Small services of the host: types, selection, platform, user values, options of a load.
 #pragma once
 
 #include "headless/host_state.h"
 #include "headless/permanent_object.h"
 #include "host/service_api.h"
+#include "host/stream_api.h"
 
 #include <map>
 #include <string>
@@ -64,6 +65,16 @@ class ValueService final : public PermanentObject<IZyValueService> {
  private:
   HostState& host_;
   std::map<std::string, std::int32_t> values_;
+};
+
+// Keeps the options object of the load to come. It belongs to a module, and is to be dropped before that goes.
+class IOService final : public PermanentObject<IZyIOService> {
+ public:
+  zyresult SetOptions(IZyObject* options) override;
+  zyresult Options(IZyObject*& options) override;
+
+ private:
+  CountedRef<IZyObject> options_;
 };
 
 }  // namespace headless

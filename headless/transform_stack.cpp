@@ -1,21 +1,15 @@
 #include "headless/transform_stack.h"
 
 #include <cmath>
+#include <string_view>
 
 namespace headless {
 
 namespace {
 
-struct TransformType {
-  const char* type;
-  const char* channels[3];
-};
-
-constexpr TransformType kVectorTransforms[] = {
-    {"translation", {"pos.X", "pos.Y", "pos.Z"}},
-    {"rotation", {"rot.X", "rot.Y", "rot.Z"}},
-    {"scale", {"scl.X", "scl.Y", "scl.Z"}},
-};
+// By vector kind.
+constexpr std::string_view kVectorChannels[][3] = {
+    {"pos.X", "pos.Y", "pos.Z"}, {"rot.X", "rot.Y", "rot.Z"}, {"scl.X", "scl.Y", "scl.Z"}};
 
 // Axes of a rotation by its order channel; the first is the one that a point meets first.
 constexpr std::size_t kRotationOrders[][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
@@ -39,8 +33,11 @@ TransformStack::TransformStack(const SceneIndex& index, const ChannelValues& val
   const SceneData& scene = index.Scene();
   if (const auto graph = scene.graphs.find("xfrmCore"); graph != scene.graphs.end())
     stacks_ = LinkTable(index.ItemCount(), graph->second, LinkEnd::To);
+  const ItemTypes& types = index.Types();
+  const TransformTypes codes = {{types.Code("translation"), types.Code("rotation"), types.Code("scale")},
+                                {types.Code("transform"), types.Code("shear")}};
   for (std::size_t place = 0; place < scene.items.size(); ++place) {
-    const Transform transform = Describe(static_cast<ItemIndex>(place));
+    const Transform transform = Describe(static_cast<ItemIndex>(place), codes);
     if (transform.kind == Kind::Identity && transform.inverseOf < 0) continue;
     transformByItem_[place] = static_cast<std::int32_t>(transforms_.size());
     transforms_.push_back(transform);
@@ -48,24 +45,32 @@ TransformStack::TransformStack(const SceneIndex& index, const ChannelValues& val
   CutInverseCircles();
 }
 
-TransformStack::Transform TransformStack::Describe(ItemIndex item) const {
+TransformStack::Transform TransformStack::Describe(ItemIndex item, const TransformTypes& types) const {
   const ItemData& data = index_.Scene().items[At(item)];
-  const auto isOfType = [&](const char* type) { return index_.IsOfType(item, index_.Types().Code(type)); };
   Transform transform;
   transform.item = item;
   constexpr Kind kinds[] = {Kind::Translation, Kind::Rotation, Kind::Scale};
   for (std::size_t place = 0; place < std::size(kinds); ++place) {
-    if (!isOfType(kVectorTransforms[place].type)) continue;
+    if (!index_.IsOfType(item, types.vectors[place])) continue;
     transform.kind = kinds[place];
     for (std::size_t axis = 0; axis < 3; ++axis)
-      transform.channels[axis] = FindChannel(data, kVectorTransforms[place].channels[axis]);
-    if (transform.kind == Kind::Rotation) transform.order = FindChannel(data, "order");
+      transform.channels[axis] = PlaceOf(item, kVectorChannels[place][axis]);
+    if (transform.kind == Kind::Rotation) transform.order = PlaceOf(item, "order");
     return transform;
   }
-  if (!isOfType("transform") && !isOfType("shear")) return transform;
+  if (!index_.IsOfType(item, types.matrices[0]) && !index_.IsOfType(item, types.matrices[1])) return transform;
   if (data.matrix) transform.kind = Kind::Matrix;
   if (index_.HasItem(data.inverseOf)) transform.inverseOf = data.inverseOf;
   return transform;
+}
+
+std::int64_t TransformStack::PlaceOf(ItemIndex item, std::string_view channel) const {
+  const std::int32_t number = FindChannel(index_.Scene().items[At(item)], channel);
+  return number < 0 ? -1 : static_cast<std::int64_t>(index_.ChannelPlace({item, number}));
+}
+
+double TransformStack::Number(const ReadState& state, std::int64_t place, double fallback) const {
+  return place < 0 ? fallback : values_.NumberAt(state, static_cast<std::size_t>(place)).value_or(fallback);
 }
 
 void TransformStack::CutInverseCircles() {
@@ -79,10 +84,8 @@ void TransformStack::CutInverseCircles() {
 
 std::array<double, 3> TransformStack::Vector(const ReadState& state, const Transform& transform,
                                              double fallback) const {
-  std::array<double, 3> vector = {fallback, fallback, fallback};
-  for (std::size_t axis = 0; axis < 3; ++axis)
-    if (transform.channels[axis] >= 0)
-      vector[axis] = values_.Number(state, {transform.item, transform.channels[axis]}).value_or(fallback);
+  std::array<double, 3> vector;
+  for (std::size_t axis = 0; axis < 3; ++axis) vector[axis] = Number(state, transform.channels[axis], fallback);
   return vector;
 }
 
@@ -98,8 +101,7 @@ void TransformStack::Append(const ReadState& state, const Transform& transform, 
     }
     case Kind::Rotation: {
       const auto angles = Vector(state, transform, 0);
-      const double order =
-          transform.order < 0 ? 0 : values_.Number(state, {transform.item, transform.order}).value_or(0);
+      const double order = Number(state, transform.order, 0);
       const bool known = order >= 0 && order < static_cast<double>(std::size(kRotationOrders));
       for (const std::size_t axis : kRotationOrders[known ? static_cast<std::size_t>(order) : 0])
         Rotate(matrix, axis, angles[axis]);

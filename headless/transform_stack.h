@@ -5,6 +5,7 @@
 #include "host/matrix4.h"
 
 #include <array>
+#include <string_view>
 #include <vector>
 
 namespace headless {
@@ -23,16 +24,25 @@ class TransformStack {
   struct Transform {
     Kind kind = Kind::Identity;
     ItemIndex item = -1;
-    std::array<std::int32_t, 3> channels = {-1, -1, -1};  // x, y, z
-    std::int32_t order = -1;                              // channel of the rotation order
+    // Places of the channels x, y, z and of the rotation order; -1 for none.
+    std::array<std::int64_t, 3> channels = {-1, -1, -1};
+    std::int64_t order = -1;
     ItemIndex inverseOf = -1;
   };
 
-  Transform Describe(ItemIndex item) const;
+  // Codes of the item types that transform.
+  struct TransformTypes {
+    std::array<std::uint32_t, 3> vectors;  // translation, rotation, scale
+    std::array<std::uint32_t, 2> matrices;
+  };
+
+  Transform Describe(ItemIndex item, const TransformTypes& types) const;
+  std::int64_t PlaceOf(ItemIndex item, std::string_view channel) const;
   void CutInverseCircles();
   // Applies the transform after what `matrix` does already.
   void Append(const ReadState& state, const Transform& transform, Matrix4& matrix) const;
   void AppendInverse(const ReadState& state, const Transform& transform, Matrix4& matrix) const;
+  double Number(const ReadState& state, std::int64_t place, double fallback) const;
   std::array<double, 3> Vector(const ReadState& state, const Transform& transform, double fallback) const;
 
   const SceneIndex& index_;

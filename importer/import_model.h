@@ -31,6 +31,7 @@ struct ImportedScene {
   headless::SceneData scene;
   std::vector<std::string> embeddedTextures;  // those bare names
   std::vector<std::string> warnings;          // what was not carried over, a line each with the item's name
+  std::vector<std::filesystem::path> files;   // read besides the input, absolute
 };
 
 // Throws ImportError.

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
 #include <fcntl.h>
 #include <unistd.h>
@@ -45,6 +46,14 @@ std::shared_ptr<const MappedFile> MappedFile::Open(const std::filesystem::path& 
 
 MappedFile::~MappedFile() {
   if (address_) munmap(address_, size_);
+}
+
+void MappedFile::ForgetPiece(const char*& begin, const char* end) {
+  const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+  const std::uintptr_t first = (reinterpret_cast<std::uintptr_t>(begin) + page - 1) / page * page;
+  const std::uintptr_t last = reinterpret_cast<std::uintptr_t>(end) / page * page;
+  if (first < last) madvise(reinterpret_cast<void*>(first), last - first, MADV_DONTNEED);  // NOLINT: a page's address
+  begin = end;
 }
 
 }  // namespace readers

@@ -3,9 +3,9 @@
 
 #include "headless/scene_data.h"
 #include "readers/mtl_parser.h"
+#include "readers/shader_recipe.h"
 
 #include <filesystem>
-#include <map>
 #include <set>
 #include <string>
 
@@ -14,7 +14,7 @@ namespace readers {
 // Adds materials to one scene.
 class MaterialBuilder {
  public:
-  explicit MaterialBuilder(headless::SceneData& scene) : scene_(scene) {}
+  explicit MaterialBuilder(headless::SceneData& scene) : shaders_(scene) {}
 
   // Adds a mask for each material whose name isn't taken. Image paths start in `directory`, which is the
   // library's seen from the scene's. What a material loses is counted in file.skipped.
@@ -24,15 +24,9 @@ class MaterialBuilder {
 
  private:
   void AddMaterial(MtlFile& file, const MtlMaterial& material, const std::filesystem::path& directory);
-  void AddShader(const MtlMaterial& material, headless::ItemIndex mask);
-  void AddImageMap(MtlMapKind kind, const MtlMap& map, headless::ItemIndex mask,
-                   const std::filesystem::path& directory);
-  std::string ImageMapName(const std::string& path, const MtlMap& map);
 
-  headless::SceneData& scene_;
+  ShaderBuilder shaders_;
   std::set<std::string> names_;
-  std::set<std::string> imageMapNames_;
-  std::map<std::string, std::string> imageMapNamesByUse_;
 };
 
 }  // namespace readers

@@ -81,12 +81,13 @@ void Libraries::Add(const std::string& names) {
       if (known_.insert(name).second) Read(name);
     } else {
       missing += (missing.empty() ? "" : " ") + words[i];
+      report_.missing.push_back((directory_ / words[i]).lexically_normal());
     }
     i += std::max<std::size_t>(count, 1);
   }
   if (!missing.empty() && known_.insert(missing).second) {
-    report_.warnings.push_back(
-        fmt::format("material library not found: {}", (directory_ / missing).lexically_normal().string()));
+    report_.missing.push_back((directory_ / missing).lexically_normal());
+    report_.warnings.push_back(fmt::format("material library not found: {}", report_.missing.back().string()));
   }
 }
 
@@ -97,6 +98,7 @@ void Libraries::Read(const std::string& name) {
     file = ParseMtl(TextOf(*MappedFile::Open(path)));
   } catch (const InputError& error) {
     report_.warnings.push_back(error.what());
+    report_.missing.push_back(path);
     return;
   }
   found_ = true;

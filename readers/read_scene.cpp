@@ -1,5 +1,7 @@
 #include "readers/read_scene.h"
 
+#include "readers/foreign_reader.h"
+
 #include <algorithm>
 #include <utility>
 
@@ -12,16 +14,21 @@ constexpr std::pair<const char*, Reader> kReaders[] = {{".orvo", ReadSceneFile},
 
 }  // namespace
 
-headless::SceneData ReadScene(const std::filesystem::path& file, ReadReport& report) {
+headless::SceneData ReadScene(const std::filesystem::path& file, const ReadOptions& options, ReadReport& report) {
   std::string extension = file.extension().string();
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-  std::string known;
   for (const auto& [name, read] : kReaders) {
-    if (extension == name) return read(file, report);
-    known += (known.empty() ? "" : ", ") + std::string(name);
+    if (extension != name) continue;
+    if (options.metersPerUnit || options.upAxis)
+      report.warnings.push_back(file.string() + ": unit and up axis can't be set for " + name + " files");
+    return read(file, report);
   }
-  throw InputError(file.string() + ": unknown kind of file; known are " + known);
+  return ReadForeign(file, options, report);
+}
+
+headless::SceneData ReadScene(const std::filesystem::path& file, ReadReport& report) {
+  return ReadScene(file, ReadOptions(), report);
 }
 
 }  // namespace readers

@@ -2,6 +2,7 @@
 
 #include "headless/mesh_data.h"
 #include "readers/read_scene.h"
+#include "readers/scene_lists.h"
 
 #include <algorithm>
 #include <bit>
@@ -56,18 +57,14 @@ T ReadListed(const Json& entry) {
 template <class T>
 headless::Array<T> ReadList(const Json& list, std::uint32_t group) {
   std::vector<T> values;
-  values.reserve(list.Size());
-  for (const Json& entry : list.GetArray()) {
-    if (!entry.IsArray()) {
-      values.push_back(ReadListed<T>(entry));
-      continue;
+  values.reserve(std::max(ListSize(list), CountNumbers(list)));
+  ForEachEntry(list, [&values, group](const Json& entry) {
+    if (!entry.IsArray()) return values.push_back(ReadListed<T>(entry));
+    if (ListSize(entry) != group) {
+      Fail(entry, "expected " + std::to_string(group) + " numbers, found " + std::to_string(ListSize(entry)));
     }
-    if (entry.Size() != group) {
-      Fail(entry, "expected " + std::to_string(group) + " numbers, found " + std::to_string(entry.Size()));
-    }
-    if (values.empty()) values.reserve(std::size_t{group} * list.Size());
-    for (const Json& number : entry.GetArray()) values.push_back(ReadListed<T>(number));
-  }
+    ForEachEntry(entry, [&values](const Json& number) { values.push_back(ReadListed<T>(number)); });
+  });
   return values;
 }
 

@@ -1,5 +1,7 @@
 #include "readers/scene_channels.h"
 
+#include "readers/scene_lists.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
@@ -56,8 +58,9 @@ void AddKey(const Json& place, const KeyData& key, EnvelopeData& envelope) {
 }
 
 void CheckKey(const Json& key, rapidjson::SizeType least, rapidjson::SizeType most) {
-  if (ReadList(key).Size() >= least && key.Size() <= most) return;
-  Fail(key, fmt::format("expected {} to {} entries, found {}", least, most, key.Size()));
+  const std::uint64_t size = ListSize(ReadList(key));
+  if (size >= least && size <= most) return;
+  Fail(key, fmt::format("expected {} to {} entries, found {}", least, most, size));
 }
 
 // The value that a new channel starts from.
@@ -130,7 +133,8 @@ ChannelData ReadListedChannel(const Json& entry, const headless::ItemData& defau
 EnvelopeData ReadEnvelope(const Json& value) {
   EnvelopeData envelope = value.IsObject() ? ReadEnds(value) : EnvelopeData();
   const Interpolation interpolation = CommonInterpolation(value);
-  for (const Json& entry : KeysOf(value).GetArray()) {
+  envelope.keys.reserve(ListSize(KeysOf(value)));
+  ForEachEntry(KeysOf(value), [&](const Json& entry) {
     CheckKey(entry, 2, 5);
     KeyData key;
     key.time = ReadNumber(entry[0]);
@@ -139,7 +143,7 @@ EnvelopeData ReadEnvelope(const Json& value) {
     if (entry.Size() > 3) key.slopeIn = ReadNumber(entry[3]);
     if (entry.Size() > 4) key.slopeOut = ReadNumber(entry[4]);
     AddKey(entry, key, envelope);
-  }
+  });
   return envelope;
 }
 
@@ -189,7 +193,7 @@ VectorData ReadVector(const Json& value, double unit) {
   auto& envelopes = vector.envelopes.emplace();
   envelopes.fill(ReadEnds(value));
   const Interpolation interpolation = CommonInterpolation(value);
-  for (const Json& entry : KeysOf(value).GetArray()) {
+  ForEachEntry(KeysOf(value), [&](const Json& entry) {
     CheckKey(entry, 4, 5);
     KeyData key;
     key.time = ReadNumber(entry[0]);
@@ -199,7 +203,7 @@ VectorData ReadVector(const Json& value, double unit) {
       key.value = values[i];
       AddKey(entry, key, envelopes[i]);
     }
-  }
+  });
   const Json* setup = Find(value, "value");
   for (std::size_t i = 0; i < 3; ++i) vector.value[i] = envelopes[i].keys.front().value;
   if (setup) vector.value = readThree(ReadList(*setup, 3), 0);

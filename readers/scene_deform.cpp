@@ -1,5 +1,6 @@
 // Deform groups of scene files.
 #include "readers/scene_fields.h"
+#include "readers/scene_lists.h"
 
 #include <fmt/format.h>
 
@@ -22,15 +23,18 @@ struct InfluenceLimits {
 RecordedInfluences ReadPairs(const Json& value) {
   std::vector<std::uint32_t> starts = {0}, deformers;
   std::vector<float> weights;
-  for (const Json& point : value.GetArray()) {
-    for (const Json& pair : ReadList(point).GetArray()) {
+  starts.reserve(ListSize(value) + 1);
+  deformers.reserve(CountNumbers(value) / 2);
+  weights.reserve(CountNumbers(value) / 2);
+  ForEachEntry(value, [&](const Json& point) {
+    ForEachEntry(ReadList(point), [&](const Json& pair) {
       const std::int32_t deformer = ReadInteger(ReadList(pair, 2)[0]);
       if (deformer < 0) Fail(pair[0], "expected the place of a deformer in the group");
       deformers.push_back(static_cast<std::uint32_t>(deformer));
       weights.push_back(ReadFloat(pair[1]));
-    }
+    });
     starts.push_back(static_cast<std::uint32_t>(deformers.size()));
-  }
+  });
   return {std::move(starts), std::move(deformers), std::move(weights)};
 }
 

@@ -132,14 +132,9 @@ SceneData BuildScene(const Json& root, BinaryFiles& files) {
 
 SceneData ReadSceneFile(const std::filesystem::path& file, ReadReport& report) {
   const std::string name = file.string();
+  const auto mapped = MappedFile::Open(file);
   rapidjson::Document tree;
-  {
-    const auto mapped = MappedFile::Open(file);
-    std::string_view text(mapped->Begin(), mapped->Bytes().size());
-    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-    if (text.substr(0, kByteOrderMark.size()) == kByteOrderMark) text.remove_prefix(kByteOrderMark.size());
-    ParseJson(text, name, tree);
-  }
+  ParseJson({mapped->Begin(), mapped->Bytes().size()}, name, LongLists::InText, tree);
   BinaryFiles files(file.parent_path(), report.files);
   try {
     CheckSchema(tree);
@@ -147,7 +142,7 @@ SceneData ReadSceneFile(const std::filesystem::path& file, ReadReport& report) {
     scene.directory = file.parent_path().string();
     return scene;
   } catch (const JsonFault& fault) {
-    const std::string place = JsonPlace(tree, *fault.value);
+    const std::string place = JsonPlace(tree, fault);
     throw InputError(fmt::format("{}: {}{}{}", name, place, place.empty() ? "" : ": ", fault.reason));
   }
 }

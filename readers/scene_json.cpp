@@ -1,61 +1,67 @@
 #include "readers/scene_json.h"
 
 #include "readers/read_scene.h"
+#include "readers/scene_lists.h"
 
-#include <fast_float/fast_float.h>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
 #include <algorithm>
 #include <charconv>
-#include <cmath>
-#include <limits>
-#include <system_error>
+#include <optional>
+#include <utility>
 
 namespace readers {
 namespace {
 
 constexpr int kMaxDepth = 2000;
 
-// Stands between the parser and the tree: converts the numbers, whose texts the parser hands over, and
-// refuses what would harm later.
-template <class Target>
+// Stands between the parser and the tree: converts the numbers, whose texts the parser hands over, refuses what
+// would harm later, and takes long lists away from the parser.
 class TreeFilter {
  public:
-  TreeFilter(Target& target, std::string& reason) : target_(target), reason_(reason) {}
+  TreeFilter(std::string_view text, LongLists longLists, rapidjson::MemoryStream& stream,
+             rapidjson::Document& tree, std::string& reason)
+      : longLists_(longLists), stream_(stream), tree_(tree), lists_(text), reason_(reason) {}
 
-  bool Null() { return target_.Null(); }
-  bool Bool(bool value) { return target_.Bool(value); }
-  bool Int(int value) { return target_.Int(value); }
-  bool Uint(unsigned value) { return target_.Uint(value); }
-  bool Int64(std::int64_t value) { return target_.Int64(value); }
-  bool Uint64(std::uint64_t value) { return target_.Uint64(value); }
-  bool Double(double value) { return target_.Double(value); }
+  bool Null() { return tree_.Null(); }
+  bool Bool(bool value) { return tree_.Bool(value); }
+  // Not called: numbers are raw.
+  bool Int(int) { return false; }
+  bool Uint(unsigned) { return false; }
+  bool Int64(std::int64_t) { return false; }
+  bool Uint64(std::uint64_t) { return false; }
+  bool Double(double) { return false; }
 
   bool RawNumber(const char* text, rapidjson::SizeType size, bool) {
-    const std::string_view digits(text, size);
-    const bool whole = digits.find_first_of(".eE") == std::string_view::npos;
-    if (whole && digits != "-0") {
-      std::int64_t integer = 0;
-      if (std::from_chars(text, text + size, integer).ec == std::errc()) return target_.Int64(integer);
-      std::uint64_t natural = 0;
-      if (std::from_chars(text, text + size, natural).ec == std::errc()) return target_.Uint64(natural);
-    }
-    double value = 0;
-    fast_float::from_chars(text, text + size, value);
-    return std::isfinite(value) ? target_.Double(value) : Refuse("the number is too big");
+    const std::optional<Json> number = ToNumber({text, size});
+    return number ? number->Accept(tree_) : Refuse("the number is too big");
   }
   bool String(const char* text, rapidjson::SizeType size, bool copy) {
-    return HasZero(text, size) ? Refuse("a text holds a zero character") : target_.String(text, size, copy);
+    return HasZero(text, size) ? Refuse("a text holds a zero character") : tree_.String(text, size, copy);
   }
   bool Key(const char* text, rapidjson::SizeType size, bool copy) {
-    return HasZero(text, size) ? Refuse("a key holds a zero character") : target_.Key(text, size, copy);
+    return HasZero(text, size) ? Refuse("a key holds a zero character") : tree_.Key(text, size, copy);
   }
-  bool StartObject() { return Enter() && target_.StartObject(); }
-  bool EndObject(rapidjson::SizeType count) { return --depth_ >= 0 && target_.EndObject(count); }
-  bool StartArray() { return Enter() && target_.StartArray(); }
-  bool EndArray(rapidjson::SizeType count) { return --depth_ >= 0 && target_.EndArray(count); }
+  bool StartObject() { return Enter() && tree_.StartObject(); }
+  bool EndObject(rapidjson::SizeType count) { return --depth_ >= 0 && tree_.EndObject(count); }
+
+  // The parser stands at the bracket. Of a long list it meets no more than the last one.
+  bool StartArray() {
+    if (!Enter()) return false;
+    const LongList* list = nullptr;
+    if (longLists_ == LongLists::InText)
+      list = lists_.Find(stream_.src_, static_cast<std::size_t>(kMaxDepth - depth_));
+    isLong_ = list != nullptr;
+    if (!isLong_) return tree_.StartArray();
+    PutLongList(*list, tree_);
+    stream_.src_ = list->end - 2;
+    return true;
+  }
+  bool EndArray(rapidjson::SizeType count) {
+    return --depth_ >= 0 && (std::exchange(isLong_, false) || tree_.EndArray(count));
+  }
 
  private:
   static bool HasZero(const char* text, rapidjson::SizeType size) {
@@ -70,13 +76,18 @@ class TreeFilter {
            Refuse("nested deeper than 2000 levels; give deep items a \"parent\" instead of \"children\"");
   }
 
-  Target& target_;
+  LongLists longLists_;
+  rapidjson::MemoryStream& stream_;
+  rapidjson::Document& tree_;
+  LongListFinder lists_;
   std::string& reason_;
   int depth_ = 0;
+  bool isLong_ = false;  // the list that was begun last
 };
 
 struct TreeGenerator {
   std::string_view text;
+  LongLists longLists;
   std::string reason;
   std::size_t offset = 0;
 
@@ -87,7 +98,7 @@ struct TreeGenerator {
     constexpr unsigned kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag |
                                 rapidjson::kParseNumbersAsStringsFlag;
     rapidjson::MemoryStream stream(text.data(), text.size());
-    TreeFilter<rapidjson::Document> filter(document, reason);
+    TreeFilter filter(text, longLists, stream, document, reason);
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, filter);
     if (result.IsError()) {
@@ -109,13 +120,26 @@ std::string LineAndColumn(std::string_view text, std::size_t offset) {
   return std::to_string(line) + ":" + std::to_string(column);
 }
 
-// Adds the steps from `from` to `target` to the front of `place`.
-bool FindPlace(const Json& from, const Json& target, std::string& place) {
+}  // namespace
+
+void Fail(const Json& value, std::string reason) { throw JsonFault{&value, std::move(reason), {}}; }
+
+void ParseJson(std::string_view text, const std::string& file, LongLists longLists, rapidjson::Document& document) {
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  TreeGenerator generator{text, longLists, {}, 0};
+  document.Populate(generator);
+  if (!generator.reason.empty()) {
+    throw InputError(file + ":" + LineAndColumn(text, generator.offset) + ": " + generator.reason);
+  }
+}
+
+bool FindJson(const Json& from, const Json& target, std::string& place) {
   if (&from == &target) return true;
   if (from.IsObject()) {
     for (const auto& member : from.GetObject()) {
       // A fault of a key is told at its value.
-      if (&member.name != &target && !FindPlace(member.value, target, place)) continue;
+      if (&member.name != &target && !FindJson(member.value, target, place)) continue;
       std::string step = "/";
       for (const char c : TextView(member.name)) step += c == '~' ? "~0" : c == '/' ? "~1" : std::string(1, c);
       place.insert(0, step);
@@ -123,7 +147,7 @@ bool FindPlace(const Json& from, const Json& target, std::string& place) {
     }
   } else if (from.IsArray()) {
     for (rapidjson::SizeType i = 0; i < from.Size(); ++i) {
-      if (!FindPlace(from[i], target, place)) continue;
+      if (!FindJson(from[i], target, place)) continue;
       place.insert(0, "/" + std::to_string(i));
       return true;
     }
@@ -131,22 +155,10 @@ bool FindPlace(const Json& from, const Json& target, std::string& place) {
   return false;
 }
 
-}  // namespace
-
-void Fail(const Json& value, std::string reason) { throw JsonFault{&value, std::move(reason)}; }
-
-void ParseJson(std::string_view text, const std::string& file, rapidjson::Document& document) {
-  TreeGenerator generator{text, {}, 0};
-  document.Populate(generator);
-  if (!generator.reason.empty()) {
-    throw InputError(file + ":" + LineAndColumn(text, generator.offset) + ": " + generator.reason);
-  }
-}
-
-std::string JsonPlace(const Json& root, const Json& value) {
+std::string JsonPlace(const Json& root, const JsonFault& fault) {
   std::string place;
-  FindPlace(root, value, place);
-  return place;
+  FindJson(root, *fault.value, place);
+  return place + fault.below;
 }
 
 const Json* Find(const Json& object, const char* key) {
@@ -185,6 +197,10 @@ bool ReadBool(const Json& value) {
 
 std::uint32_t ReadFourCC(const Json& value) {
   const std::string_view text = TextView(value);
+  std::uint32_t number = 0;
+  if (text.size() == 10 && text.substr(0, 2) == "0x" &&
+      std::from_chars(text.data() + 2, text.data() + 10, number, 16).ptr == text.data() + 10)
+    return number;
   if (text.empty() || text.size() > 4) Fail(value, "expected a code of one to four characters");
   std::uint32_t code = 0;
   for (std::size_t i = 0; i < 4; ++i) {
@@ -199,8 +215,8 @@ const Json& ReadList(const Json& value) {
 }
 
 const Json& ReadList(const Json& value, rapidjson::SizeType size) {
-  if (ReadList(value).Size() != size) {
-    Fail(value, "expected " + std::to_string(size) + " entries, found " + std::to_string(value.Size()));
+  if (ListSize(ReadList(value)) != size) {
+    Fail(value, "expected " + std::to_string(size) + " entries, found " + std::to_string(ListSize(value)));
   }
   return value;
 }

@@ -19,16 +19,26 @@ using Json = rapidjson::Value;
 struct JsonFault {
   const Json* value = nullptr;  // lies in the tree
   std::string reason;
+  std::string below;  // the place from there on, inside a list that the tree holds as text
 };
 
 [[noreturn]] void Fail(const Json& value, std::string reason);
 
-// Numbers are read exactly: whole ones as integers, all others as the nearest f64. Throws InputError
-// "file:line:column: reason".
-void ParseJson(std::string_view text, const std::string& file, rapidjson::Document& document);
+enum class LongLists {
+  InTree,
+  InText,  // long lists of numbers stay in the text, see scene_lists.h: that of a mapped file, there as long as
+           // the tree
+};
 
-// The JSON pointer of a value, empty for the root.
-std::string JsonPlace(const Json& root, const Json& value);
+// Numbers are read exactly: whole ones as integers, all others as the nearest f64. A byte order mark is passed
+// over. Throws InputError "file:line:column: reason".
+void ParseJson(std::string_view text, const std::string& file, LongLists longLists, rapidjson::Document& document);
+
+// Adds the JSON pointer from one value to another one inside it to the front of `place`; false when it isn't
+// there.
+bool FindJson(const Json& from, const Json& target, std::string& place);
+// The JSON pointer of a fault, empty for the root.
+std::string JsonPlace(const Json& root, const JsonFault& fault);
 
 // The value of a key, null when the object lacks it.
 const Json* Find(const Json& object, const char* key);
@@ -40,7 +50,7 @@ std::string ReadText(const Json& value);
 double ReadNumber(const Json& value);
 std::int32_t ReadInteger(const Json& value);  // in 32 bits
 bool ReadBool(const Json& value);
-// One to four characters, filled up with blanks.
+// One to four characters, filled up with blanks, or 0x and eight hexadecimal digits.
 std::uint32_t ReadFourCC(const Json& value);
 const Json& ReadList(const Json& value);                            // any list
 const Json& ReadList(const Json& value, rapidjson::SizeType size);  // of that many entries

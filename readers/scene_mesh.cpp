@@ -2,6 +2,7 @@
 
 #include "headless/mesh_check.h"
 #include "host/fourcc.h"
+#include "readers/scene_lists.h"
 
 #include <fmt/format.h>
 
@@ -52,10 +53,13 @@ Array<std::uint32_t> Iota(std::size_t count) {
 void ReadPolygons(const Json& value, BinaryFiles& files, MeshData& mesh) {
   if (value.IsArray()) {
     Indices starts = {0}, points;
-    for (const Json& polygon : value.GetArray()) {
-      for (const Json& point : ReadList(polygon).GetArray()) points.push_back(ReadPoint(point, mesh.PointCount()));
+    starts.reserve(ListSize(value) + 1);
+    points.reserve(CountNumbers(value));
+    ForEachEntry(value, [&](const Json& polygon) {
+      ForEachEntry(ReadList(polygon),
+                   [&](const Json& point) { points.push_back(ReadPoint(point, mesh.PointCount())); });
       starts.push_back(static_cast<std::uint32_t>(points.size()));
-    }
+    });
     mesh.polygonStarts = std::move(starts);
     mesh.polygonPoints = std::move(points);
     return;
@@ -81,13 +85,15 @@ void ReadTriangles(const Json& value, BinaryFiles& files, MeshData& mesh) {
     return;
   }
   Indices starts = {0}, points;
-  for (const Json& polygon : value.GetArray()) {
-    for (const Json& triangle : ReadList(polygon).GetArray()) {
-      ReadList(triangle, 3);
-      for (const Json& point : triangle.GetArray()) points.push_back(ReadPoint(point, mesh.PointCount()));
-    }
+  starts.reserve(ListSize(value) + 1);
+  points.reserve(CountNumbers(value));
+  ForEachEntry(value, [&](const Json& polygon) {
+    ForEachEntry(ReadList(polygon), [&](const Json& triangle) {
+      for (const Json& point : ReadList(triangle, 3).GetArray())
+        points.push_back(ReadPoint(point, mesh.PointCount()));
+    });
     starts.push_back(static_cast<std::uint32_t>(points.size() / 3));
-  }
+  });
   mesh.triangleStarts = std::move(starts);
   mesh.trianglePoints = std::move(points);
 }
@@ -123,12 +129,6 @@ PolygonTagData ReadPolygonTag(const Json& value, BinaryFiles& files, std::uint32
   return tag;
 }
 
-struct MapType {
-  std::uint32_t type;
-  std::uint32_t dimension;
-  const char* name;  // what a map without a name is called
-};
-
 constexpr MapType kMapTypes[] = {{kMapNormal, 3, "Vertex Normal"}, {kMapRgb, 3, "Color"},
                                  {kMapRgba, 4, "Color"},           {kMapUv, 2, "Texture"},
                                  {kMapTangentBasis, 6, "Tangent"}, {kMapWeight, 1, "Weight"}};
@@ -137,17 +137,20 @@ constexpr MapType kMapTypes[] = {{kMapNormal, 3, "Vertex Normal"}, {kMapRgb, 3, 
 Indices ReadGappedValues(const Json& values, MeshMapData& map) {
   Indices places;
   std::vector<float> numbers;
-  for (const Json& entry : values.GetArray()) {
+  places.reserve(ListSize(values));
+  numbers.reserve(CountNumbers(values));
+  ForEachEntry(values, [&](const Json& entry) {
     places.push_back(entry.IsNull() ? kNone : static_cast<std::uint32_t>(numbers.size() / map.dimension));
-    if (entry.IsNull()) continue;
+    if (entry.IsNull()) return;
     if (entry.IsArray()) {
-      for (const Json& number : ReadList(entry, map.dimension).GetArray()) numbers.push_back(ReadFloat(number));
+      ForEachEntry(ReadList(entry, map.dimension),
+                   [&](const Json& number) { numbers.push_back(ReadFloat(number)); });
     } else if (map.dimension == 1) {
       numbers.push_back(ReadFloat(entry));
     } else {
       Fail(entry, fmt::format("expected a list of {} numbers or null", map.dimension));
     }
-  }
+  });
   map.values = std::move(numbers);
   return places;
 }
@@ -156,8 +159,7 @@ Indices ReadGappedValues(const Json& values, MeshMapData& map) {
 Array<std::uint32_t> ReadOrderedValues(const Json& values, BinaryFiles& files, std::size_t count, const char* what,
                                        MeshMapData& map) {
   Array<std::uint32_t> places;
-  const auto isNull = [](const Json& entry) { return entry.IsNull(); };
-  if (values.IsArray() && std::any_of(values.Begin(), values.End(), isNull)) {
+  if (values.IsArray() && HoldsNull(values)) {
     places = ReadGappedValues(values, map);
   } else {
     map.values = ReadArray<float>(values, files, map.dimension);
@@ -170,17 +172,15 @@ Array<std::uint32_t> ReadOrderedValues(const Json& values, BinaryFiles& files, s
 MeshMapData ReadMap(const Json& value, BinaryFiles& files, const MeshData& mesh) {
   MeshMapData map;
   map.type = ReadFourCC(Require(value, "type"));
-  const auto known = std::find_if(std::begin(kMapTypes), std::end(kMapTypes),
-                                  [&map](const MapType& row) { return row.type == map.type; });
-  const bool isKnown = known != std::end(kMapTypes);
+  const MapType* known = FindMapType(map.type);
   const Json* dimension = Find(value, "dimension");
-  if (!dimension && !isKnown) Fail(value, "a map of this type needs its \"dimension\"");
+  if (!dimension && !known) Fail(value, "a map of this type needs its \"dimension\"");
   map.dimension = dimension ? static_cast<std::uint32_t>(ReadInteger(*dimension)) : known->dimension;
-  if (map.dimension == 0 || (isKnown && map.dimension != known->dimension)) {
+  if (map.dimension == 0 || (known && map.dimension != known->dimension)) {
     Fail(*dimension, "not the dimension of a map of this type");
   }
   const Json* name = Find(value, "name");
-  map.name = name ? ReadText(*name) : isKnown ? known->name : ReadText(value["type"]);
+  map.name = name ? ReadText(*name) : known ? known->name : ReadText(value["type"]);
 
   const Json& values = Require(value, "values");
   const Json* per = Find(value, "per");
@@ -240,6 +240,14 @@ void ReadShape(const Json& value, BinaryFiles& files, MeshData& mesh) {
 
 }  // namespace
 
+const MapType* FindMapType(std::uint32_t type) {
+  const auto known = std::find_if(std::begin(kMapTypes), std::end(kMapTypes),
+                                  [type](const MapType& row) { return row.type == type; });
+  return known == std::end(kMapTypes) ? nullptr : known;
+}
+
+double SmoothingRadians(double degrees) { return degrees * std::numbers::pi / 180; }
+
 MeshData ReadMesh(const Json& value, BinaryFiles& files) {
   MeshData mesh;
   ReadShape(value, files, mesh);
@@ -252,7 +260,11 @@ MeshData ReadMesh(const Json& value, BinaryFiles& files) {
     for (const Json& map : ReadList(*maps).GetArray()) mesh.maps.push_back(ReadMap(map, files, mesh));
   }
   if (const Json* angle = Find(value, "smoothingAngle")) {
-    mesh.smoothingAngle = ReadNumber(*angle) * std::numbers::pi / 180;
+    mesh.smoothingAngle = SmoothingRadians(ReadNumber(*angle));
+  }
+  if (const Json* angle = Find(value, "smoothingRadians")) {
+    if (Find(value, "smoothingAngle")) Fail(*angle, "stands in place of \"smoothingAngle\"");
+    mesh.smoothingAngle = ReadNumber(*angle);
   }
   if (const Json* triangles = Find(value, "triangles")) ReadTriangles(*triangles, files, mesh);
   if (const Json* normals = Find(value, "cornerNormals"))

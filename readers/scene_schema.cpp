@@ -1,11 +1,14 @@
 #include "readers/scene_schema.h"
 
+#include "readers/scene_lists.h"
+
 #include <rapidjson/pointer.h>
 #include <rapidjson/schema.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
+#include <span>
 #include <vector>
 
 namespace readers {
@@ -14,6 +17,7 @@ namespace {
 using Validator = rapidjson::GenericSchemaValidator<rapidjson::SchemaDocument>;
 
 constexpr rapidjson::SizeType kCheckedEntries = 64;
+static_assert(kCheckedEntries <= kLongestShortList);
 
 struct Schema {
   rapidjson::Document tree;
@@ -43,17 +47,21 @@ void CheckUniqueKeys(const Json& object) {
 
 bool Feed(const Json& value, Validator& validator);
 
+// Of a long list the first entries are enough: the reads check the rest, and no limit of the schema is above them.
+// The validator must not be told of more: it keeps something for each entry.
 bool FeedList(const Json& list, Validator& validator) {
-  const auto entries = list.GetArray();
-  const bool plain = entries.Size() > kCheckedEntries &&
-                     std::none_of(entries.Begin() + kCheckedEntries, entries.End(),
-                                  [](const Json& entry) { return entry.IsObject() || entry.IsString(); });
-  const rapidjson::SizeType checked = plain ? kCheckedEntries : entries.Size();
   if (!validator.StartArray()) return false;
-  for (rapidjson::SizeType i = 0; i < checked; ++i) {
-    if (!Feed(list[i], validator)) return false;
+  rapidjson::SizeType count = 0;
+  if (FindLongList(list)) {
+    for (LongListReader reader(list); count < kCheckedEntries; ++count) {
+      if (!Feed(*reader.Next(), validator)) return false;
+    }
+  } else {
+    for (; count < list.Size(); ++count) {
+      if (!Feed(list[count], validator)) return false;
+    }
   }
-  return validator.EndArray(list.Size());
+  return validator.EndArray(count);
 }
 
 bool Feed(const Json& value, Validator& validator) {
@@ -106,7 +114,7 @@ std::string ValueWord(const Json& value) {
     case rapidjson::kObjectType:
       return "an object";
     case rapidjson::kArrayType:
-      return "a list of " + std::to_string(value.Size());
+      return "a list of " + std::to_string(ListSize(value));
     case rapidjson::kStringType:
       return Quoted(TextView(value).substr(0, 60));
     case rapidjson::kNumberType:
@@ -177,7 +185,7 @@ std::string Reason(const Json& rule, const std::string& keyword, const Json& val
            (exact                   ? ""
             : keyword == "minItems" ? "at least "
                                     : "at most ") +
-           std::to_string(limit->GetInt()) + " entries, found " + std::to_string(value.Size());
+           std::to_string(limit->GetInt()) + " entries, found " + std::to_string(ListSize(value));
   }
   return "doesn't fit the scene format";
 }
@@ -192,24 +200,47 @@ const Json& RuleAt(const Json& tree, const rapidjson::Pointer& pointer) {
   return rule ? *rule : tree;
 }
 
-[[noreturn]] void Explain(const Json& root, const Validator& validator) {
-  const Json* value = validator.GetInvalidDocumentPointer().Get(root);
+using Steps = std::span<const rapidjson::Pointer::Token>;
+
+Steps StepsOf(const rapidjson::Pointer& pointer) { return {pointer.GetTokens(), pointer.GetTokenCount()}; }
+
+[[noreturn]] void ExplainValue(const Json& value, const Validator& validator) {
   const Json& rule = RuleAt(SharedSchema().tree, validator.GetInvalidSchemaPointer());
   const char* word = validator.GetInvalidSchemaKeyword();
   const std::string keyword = word ? word : "";
-  if (!value) value = &root;
-  if (keyword != "additionalProperties") Fail(*value, Reason(rule, keyword, *value));
+  if (keyword != "additionalProperties") Fail(value, Reason(rule, keyword, value));
   // The pointer ends with the unknown key.
   const rapidjson::Pointer place = validator.GetInvalidDocumentPointer();
-  const auto& last = place.GetTokens()[place.GetTokenCount() - 1];
-  Fail(*value, UnknownKey(rule, {last.name, last.length}));
+  const auto& last = StepsOf(place).back();
+  Fail(value, UnknownKey(rule, {last.name, last.length}));
+}
+
+// Tells what is wrong with the value that the steps lead to.
+[[noreturn]] void Explain(const Json& from, Steps steps, const Validator& validator) {
+  const Json* value = &from;
+  for (; !steps.empty() && !FindLongList(*value); steps = steps.subspan(1)) {
+    value = rapidjson::Pointer(steps.data(), 1).Get(*value);
+    if (!value) ExplainValue(from, validator);
+  }
+  if (steps.empty()) ExplainValue(*value, validator);
+  // The entry is there only while the list is read.
+  LongListReader reader(*value);
+  const Json* entry = reader.Next();
+  for (rapidjson::SizeType i = 0; i < steps.front().index; ++i) entry = reader.Next();
+  try {
+    Explain(*entry, steps.subspan(1), validator);
+  } catch (const JsonFault& fault) {
+    throw reader.Locate(fault);
+  }
 }
 
 }  // namespace
 
 void CheckSchema(const Json& root) {
   Validator validator(SharedSchema().rules);
-  if (!Feed(root, validator)) Explain(root, validator);
+  if (Feed(root, validator)) return;
+  const rapidjson::Pointer place = validator.GetInvalidDocumentPointer();
+  Explain(root, StepsOf(place), validator);
 }
 
 }  // namespace readers

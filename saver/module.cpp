@@ -1,6 +1,7 @@
 #include "saver/module.h"
 
 #include "host/saver_adapter.h"
+#include "options/options_command.h"
 #include "saver/gltf_saver.h"
 #include "saver/server_table.h"
 
@@ -9,6 +10,7 @@ namespace {
 class Module final : public CountedObject<IZyModule> {
  public:
   Module() {
+    servers_.Add(kLoadOptionsServer, new CommandFactory<LoadOptionsCmd>);
     servers_.Add("gltf.bin", new SaverFactory<GltfSaver>);
     servers_.Add("gltf.gltf", new SaverFactory<GltfSaverGLTF>);
   }
@@ -23,6 +25,7 @@ class Module final : public CountedObject<IZyModule> {
   IZyFactory* Factory(const char* name) override { return name ? servers_.Find(name) : nullptr; }
 
  private:
+  LoadOptionsRegistration loadOptions_;
   ServerTable servers_;
 };
 

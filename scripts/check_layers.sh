@@ -10,6 +10,7 @@ declare -A allowed=(
   [options]="$plug_in"
   [headless]='host headless'
   [readers]='host headless readers'
+  [importer]='host headless readers importer'
   [tool]='host headless readers tool'
 )
 

@@ -4,8 +4,12 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 packages=(g++ clang cmake ninja-build ccache nodejs npm chromium
-          rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev
+          rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev libxxhash-dev
+          libassimp-dev libseccomp-dev libpng-dev pkg-config
           libgtest-dev libgmock-dev libbenchmark-dev)
+# What the tests with other programs need besides: a scheduler and a runner of jobs, a counter of instructions, the
+# reader of manual pages, the maker of packages.
+if [ "${1:-}" = --with-npm ]; then packages+=(slurm-wlm munge parallel valgrind man-db dpkg-dev); fi
 
 missing=()
 for package in "${packages[@]}"; do
@@ -23,7 +27,13 @@ if [ "${#missing[@]}" -gt 0 ]; then
   DEBIAN_FRONTEND=noninteractive "${run[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi
 
-# The validator and the viewer of the tests, at the versions of the lock file.
-if [ "${1:-}" = --with-npm ] && ! [ tests/web/node_modules/.package-lock.json -nt tests/web/package-lock.json ]; then
-  npm --prefix tests/web ci --no-audit --no-fund --loglevel=error
-fi
+# Puts a folder's npm packages in place, at the versions of its lock file.
+install_npm() {
+  [ "$1/node_modules/.package-lock.json" -nt "$1/package-lock.json" ] ||
+    (cd "$1" && npm ci --no-audit --no-fund --loglevel=error)
+}
+
+# The viewer that the build packs into preview pages.
+install_npm preview
+# The validator and the viewer of the tests.
+if [ "${1:-}" = --with-npm ]; then install_npm tests/web; fi

@@ -2,6 +2,7 @@
 #include "document/gltf_file.h"
 #include "tests/support/glb_reader.h"
 #include "tests/support/host_directory.h"
+#include "tests/support/json_arrays.h"
 
 #include <gmock/gmock.h>
 
@@ -9,15 +10,13 @@ namespace {
 
 using test_support::AccessorValues;
 using test_support::GltfFile;
+using test_support::Parsed;
 using test_support::TextOf;
 using testing::ElementsAre;
 
 class BufferTest : public testing::Test {
  protected:
-  BufferTest() {
-    OpenJson(document);
-    AddBuffer(document, 0, "");
-  }
+  BufferTest() { document.json.emplace(); }
 
   GltfDocument document;
 };
@@ -42,35 +41,34 @@ TEST_F(BufferTest, IndexListsArePaddedAndCut) {
     EXPECT_EQ(block.byteLength, c.byteLength);
     EXPECT_EQ(block.padding, c.padding);
     EXPECT_EQ(block.count, c.count);
-    EXPECT_EQ(document.json.accessors[accessor]["count"].GetUint(), c.count);
-    const JsonValue& view = document.json.bufferViews[accessor];
+    EXPECT_EQ(Parsed(document.json->accessors)[accessor]["count"].GetUint(), c.count);
+    const rapidjson::Document views = Parsed(document.json->bufferViews);
+    const rapidjson::Value& view = views[accessor];
     EXPECT_EQ(view.HasMember("byteOffset"), offset != 0);
     EXPECT_EQ(offset != 0 ? view["byteOffset"].GetUint() : 0, offset);
     offset += c.byteLength;
-    EXPECT_EQ(document.json.buffers[0]["byteLength"].GetUint(), offset);
+    EXPECT_EQ(document.json->buffer.byteLength, offset);
   }
   EXPECT_THAT(std::get<std::vector<std::uint16_t>>(document.dataBlocks[0].data),
               ElementsAre(0x5678, 0x5678, 0x5678));
 }
 
 TEST_F(BufferTest, LengthsAreUnsignedAndWrap) {
-  EXPECT_EQ(GrowBuffer(document, 0, 0x90000000u), 0u);
-  EXPECT_EQ(TextOf(document.json.buffers), R"([{"byteLength":2415919104}])");
-  EXPECT_EQ(GrowBuffer(document, 0, 0x90000000u), 0x90000000u);
-  EXPECT_EQ(TextOf(document.json.buffers), R"([{"byteLength":536870912}])");
+  EXPECT_EQ(GrowBuffer(document, 0x90000000u), 0u);
+  EXPECT_EQ(document.json->buffer.byteLength, 2415919104u);
+  EXPECT_EQ(GrowBuffer(document, 0x90000000u), 0x90000000u);
+  EXPECT_EQ(document.json->buffer.byteLength, 536870912u);
 }
 
 TEST_F(BufferTest, OptionalKeysAppearOnlyWithAValue) {
   AddBufferView(document, 0, 8, 0, 0, 0);
   AddBufferView(document, 0, 8, 8, 12, 34962);
-  EXPECT_EQ(TextOf(document.json.bufferViews),
+  EXPECT_EQ(TextOf(document.json->bufferViews),
             R"([{"buffer":0,"byteLength":8},)"
             R"({"buffer":0,"byteLength":8,"byteOffset":8,"byteStride":12,"target":34962}])");
-  JsonValue min(rapidjson::kArrayType);
-  min.PushBack(0.5, *document.allocator);
-  AddAccessor(document, 1, GltfAccessorType::Mat2, GltfComponentType::U16, 4, 16, std::move(min),
-              JsonValue(rapidjson::kArrayType));
-  EXPECT_EQ(TextOf(document.json.accessors),
+  const double min[] = {0.5};
+  AddAccessor(document, 1, GltfAccessorType::Mat2, GltfComponentType::U16, 4, 16, min, {});
+  EXPECT_EQ(TextOf(document.json->accessors),
             R"([{"bufferView":1,"byteOffset":16,"type":"MAT2","componentType":5123,"count":4,"min":[0.5]}])");
 }
 
@@ -137,8 +135,7 @@ TEST(FilesTest, BlocksAndJsonAreFreedWhenWritten) {
   GltfDocument document;
   FillScene(document, "n");
   ASSERT_TRUE(WriteDocument(document, dir.HostPath("s.glb")));
-  EXPECT_EQ(document.allocator, nullptr);
-  EXPECT_TRUE(document.json.nodes.IsNull());
+  EXPECT_FALSE(document.json.has_value());
   ASSERT_EQ(document.dataBlocks.size(), 3u);
   EXPECT_EQ(std::get<std::vector<float>>(document.dataBlocks[2].data).capacity(), 0u);
   ClearDocument(document);
@@ -187,7 +184,7 @@ TEST(FilesTest, AFileThatCantBeWrittenFails) {
     FillScene(document, "n");
     document.format = c.format;
     EXPECT_FALSE(WriteDocument(document, c.path)) << c.path;
-    EXPECT_EQ(document.allocator, nullptr);
+    EXPECT_FALSE(document.json.has_value());
   }
 }
 

@@ -37,7 +37,7 @@ class ImagePathsTest : public testing::Test {
     headless::AddItem(scene, "imageMap", "Image");
     scene.items.back().imagePath = path;
     report = {};
-    tool::SettleImagePaths(scene, roots, report);
+    tool::SettleImagePaths(scene, {roots, {}}, report);
     return scene.items.back().imagePath.value_or("-");
   }
 

@@ -7,11 +7,13 @@
 #include "saver/log_message.h"
 #include "tests/support/glb_reader.h"
 #include "tests/support/host_directory.h"
+#include "tests/support/json_arrays.h"
 
 #include <gmock/gmock.h>
 
 namespace {
 
+using test_support::Parsed;
 using test_support::ReadWholeFile;
 using test_support::TextOf;
 using testing::ElementsAre;
@@ -20,8 +22,7 @@ namespace fs = std::filesystem;
 class ImageTest : public testing::Test {
  protected:
   void Open(GltfFormat format) {
-    OpenJson(document);
-    AddBuffer(document, 0, "");
+    document.json.emplace();
     document.format = format;
   }
 
@@ -59,15 +60,15 @@ TEST_F(ImageTest, OnlyTheNameTellsTheKind) {
     Open(GltfFormat::Glb);
     document.imageIndex.clear();
     ASSERT_EQ(AddImage(document, image), 0u);
-    EXPECT_EQ(TextOf(document.json.images), std::string("[{") + c.mimeType + R"("bufferView":0}])");
-    EXPECT_EQ(TextOf(document.json.buffers), R"([{"byteLength":8}])");
+    EXPECT_EQ(TextOf(document.json->images), std::string("[{") + c.mimeType + R"("bufferView":0}])");
+    EXPECT_EQ(document.json->buffer.byteLength, 8u);
     Open(GltfFormat::Gltf);
     document.imageIndex.clear();
     ASSERT_EQ(AddImage(document, image), 0u);
     const std::string uri = fs::path(fileName).filename().string();
-    EXPECT_EQ(TextOf(document.json.images), std::string("[{") + c.mimeType + R"("uri":")" + uri + R"("}])");
-    EXPECT_EQ(TextOf(document.json.buffers), R"([{"byteLength":0}])");
-    EXPECT_TRUE(document.json.bufferViews.Empty());
+    EXPECT_EQ(TextOf(document.json->images), std::string("[{") + c.mimeType + R"("uri":")" + uri + R"("}])");
+    EXPECT_EQ(document.json->buffer.byteLength, 0u);
+    EXPECT_EQ(document.json->bufferViews.Size(), 0u);
   }
   EXPECT_EQ(MakeImageFile("png").kind, GltfImageKind::Png);
 }
@@ -82,9 +83,9 @@ TEST_F(ImageTest, EmbeddedBytesArePaddedToFour) {
     const std::string path = dir.WriteFile(std::to_string(size) + ".png", contents);
     ASSERT_TRUE(AddImage(document, MakeImageFile(path)).has_value());
     expected += contents + std::string(PaddingOf(static_cast<std::uint32_t>(size)), '\0');
-    EXPECT_EQ(document.json.buffers[0]["byteLength"].GetUint(), expected.size());
+    EXPECT_EQ(document.json->buffer.byteLength, expected.size());
   }
-  EXPECT_EQ(document.json.bufferViews[2]["byteLength"].GetUint(), 12u);
+  EXPECT_EQ(Parsed(document.json->bufferViews)[2]["byteLength"].GetUint(), 12u);
   EXPECT_EQ(Pour(), expected);
 }
 
@@ -268,7 +269,7 @@ TEST_F(ImageTest, AMissingImageIsAnErrorEachTime) {
                                           "Image file path: " + directory + " doesn't exist!"));
   dir.WriteFile("missing.png", "");
   EXPECT_EQ(AddImage(document, MakeImageFile(missing)), 0u);
-  EXPECT_EQ(TextOf(document.json.bufferViews), R"([{"buffer":0,"byteLength":0}])");
+  EXPECT_EQ(TextOf(document.json->bufferViews), R"([{"buffer":0,"byteLength":0}])");
 }
 
 TEST_F(ImageTest, ATextureWithoutItsImageDropsOut) {

@@ -3,13 +3,13 @@
 #include "host/mesh_api.h"
 #include "tests/support/failing_host.h"
 #include "tests/support/mesh_scenes.h"
+#include "tests/support/random_mesh.h"
 #include "tests/support/temp_directory.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <map>
-#include <random>
 #include <set>
 
 namespace {
@@ -20,67 +20,8 @@ using headless::MeshMapData;
 using test_support::AccessorValues;
 using test_support::GltfFile;
 using test_support::PrimitiveOf;
+using test_support::RandomMesh;
 using Rows = std::vector<std::vector<double>>;
-
-class RandomMesh {
- public:
-  explicit RandomMesh(std::uint32_t seed) : random_(seed) {}
-
-  // Triangles and recorded fans of larger polygons, some without a tag, with every kind of map and gaps in each.
-  MeshData Make() {
-    MeshData mesh;
-    const std::uint32_t points = 3 + Below(40);
-    mesh.points = Floats(3 * points);
-    AddPolygons(mesh, points, 1 + Below(60));
-    mesh.material.texts = {"Red", "Green", "Blue"};
-    mesh.material.perPolygon = Indices(mesh.PolygonCount(), 3);
-    const std::size_t corners = mesh.polygonPoints.size();
-    for (const auto& [type, dimension] :
-         {std::pair{kMapUv, 2u}, {kMapRgba, 4u}, {kMapNormal, 3u}, {kMapUv, 2u}, {kMapRgb, 3u}})
-      if (Below(3) != 0)
-        mesh.maps.push_back(test_support::MakeMap(type, "map" + std::to_string(mesh.maps.size()),
-                                                  Floats(5 * dimension), Indices(points, 5), Indices(corners, 5)));
-    std::vector<double> normals;
-    for (std::size_t i = 0; i < 3 * corners; ++i) normals.push_back(static_cast<int>(Below(3)) - 1);
-    mesh.cornerNormals = std::move(normals);
-    return mesh;
-  }
-
- private:
-  std::uint32_t Below(std::uint32_t bound) { return static_cast<std::uint32_t>(random_() % bound); }
-
-  std::vector<float> Floats(std::size_t count) {
-    std::vector<float> values;
-    for (std::size_t i = 0; i < count; ++i)
-      values.push_back(static_cast<float>(static_cast<int>(Below(17)) - 8) / 4);
-    return values;
-  }
-
-  // A quarter are gaps.
-  std::vector<std::uint32_t> Indices(std::size_t count, std::uint32_t bound) {
-    std::vector<std::uint32_t> values;
-    for (std::size_t i = 0; i < count; ++i) values.push_back(Below(4) == 0 ? kNone : Below(bound));
-    return values;
-  }
-
-  void AddPolygons(MeshData& mesh, std::uint32_t points, std::uint32_t count) {
-    std::vector<std::uint32_t> starts = {0}, corners, triangleStarts = {0}, triangles;
-    for (std::uint32_t polygon = 0; polygon < count; ++polygon) {
-      const std::uint32_t size = std::min(points, 3 + Below(4)), first = Below(points);
-      for (std::uint32_t i = 0; i < size; ++i) corners.push_back((first + i) % points);
-      for (std::uint32_t i = 2; i < size; ++i)
-        for (const std::uint32_t corner : {0u, i - 1, i}) triangles.push_back((first + corner) % points);
-      starts.push_back(static_cast<std::uint32_t>(corners.size()));
-      triangleStarts.push_back(static_cast<std::uint32_t>(triangles.size() / 3));
-    }
-    mesh.polygonStarts = std::move(starts);
-    mesh.polygonPoints = std::move(corners);
-    mesh.triangleStarts = std::move(triangleStarts);
-    mesh.trianglePoints = std::move(triangles);
-  }
-
-  std::mt19937 random_;
-};
 
 // What the file must say of the corners of one tag, read off the mesh.
 class ExpectedCorners {

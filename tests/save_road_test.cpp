@@ -64,14 +64,15 @@ class TestMonitor : public CountedObject<IZyMonitor> {
   bool refuses = false, throws = false;
 };
 
-TEST(SaveRoad, TheModuleServesTwoSavers) {
+TEST(SaveRoad, TheModuleServesItsOptionsAndTwoSavers) {
   headless::Host host(headless::MakeScene());
   const LoadedModule module(host);
   const char* name = nullptr;
   std::vector<std::string> names;
   for (std::uint32_t index = 0; ZySucceeded(module->ServerName(index, name)); ++index) names.push_back(name);
-  EXPECT_THAT(names, ElementsAre("gltf.bin", "gltf.gltf"));
-  EXPECT_EQ(module->ServerCount(), 2u);
+  EXPECT_THAT(names, ElementsAre("loaderOptions.gltf", "gltf.bin", "gltf.gltf"));
+  EXPECT_EQ(module->ServerCount(), 3u);
+  names.erase(names.begin());
   for (const char* wrong : {"", "gltf", "gltf.bi", "gltf.bin2", "GLTF.BIN", "gltf.glt"})
     EXPECT_EQ(module->Factory(wrong), nullptr) << wrong;
 

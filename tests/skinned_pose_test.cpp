@@ -2,6 +2,7 @@
 
 #include "tests/support/glb_reader.h"
 #include "tests/support/motion_scene.h"
+#include "tests/support/posed_file.h"
 #include "tests/support/save_runner.h"
 
 #include <gtest/gtest.h>
@@ -13,18 +14,13 @@ namespace {
 using namespace motion;
 using rapidjson::Value;
 using test_support::AccessorValues;
+using test_support::Distance;
 using test_support::GltfFile;
-
-using Point = std::array<double, 3>;
+using test_support::Point;
+using test_support::Transformed;
+using test_support::Triple;
 
 constexpr std::uint32_t kColumns = 6;
-
-Point Transformed(const Point& p, const Matrix4& m) {
-  Point out;
-  for (std::size_t axis = 0; axis < 3; ++axis)
-    out[axis] = p[0] * m(0, axis) + p[1] * m(1, axis) + p[2] * m(2, axis) + m(3, axis);
-  return out;
-}
 
 // A strip of 2 x 6 points along X with a joint below every second column, all of it moved and turned.
 struct Strip {
@@ -139,76 +135,6 @@ class HostPose {
   CZyUser_ChannelRead bind_;
 };
 
-// A node's local transform, parts of it replaced by an animation.
-struct Local {
-  std::array<double, 3> translation = {0, 0, 0}, scale = {1, 1, 1};
-  std::array<double, 4> rotation = {0, 0, 0, 1};
-  Matrix4 matrix;
-  bool useMatrix = false;
-
-  explicit Local(const Value& node) {
-    Read(node, "translation", translation);
-    Read(node, "rotation", rotation);
-    Read(node, "scale", scale);
-    Read(node, "matrix", matrix.m);
-    useMatrix = node.HasMember("matrix");
-  }
-  template <std::size_t size>
-  static void Read(const Value& node, const char* key, std::array<double, size>& values) {
-    if (!node.HasMember(key)) return;
-    for (std::size_t place = 0; place < size; ++place)
-      values[place] = node[key][static_cast<rapidjson::SizeType>(place)].GetDouble();
-  }
-  void Replace(const std::string& path, const double* values) {
-    EXPECT_FALSE(useMatrix) << "an animated node must not have a matrix";
-    if (path == "translation") std::copy_n(values, 3, translation.begin());
-    if (path == "rotation") std::copy_n(values, 4, rotation.begin());
-    if (path == "scale") std::copy_n(values, 3, scale.begin());
-  }
-  Matrix4 Compose() const {
-    if (useMatrix) return matrix;
-    const auto [x, y, z, w] = rotation;
-    Matrix4 out;
-    const double rows[3][3] = {{1 - 2 * (y * y + z * z), 2 * (x * y + w * z), 2 * (x * z - w * y)},
-                               {2 * (x * y - w * z), 1 - 2 * (x * x + z * z), 2 * (y * z + w * x)},
-                               {2 * (x * z + w * y), 2 * (y * z - w * x), 1 - 2 * (x * x + y * y)}};
-    for (std::size_t row = 0; row < 3; ++row)
-      for (std::size_t column = 0; column < 3; ++column) out(row, column) = scale[row] * rows[row][column];
-    for (std::size_t column = 0; column < 3; ++column) out(3, column) = translation[column];
-    return out;
-  }
-};
-
-// The world matrices of all nodes at a key of the file's one animation.
-std::vector<Matrix4> PoseNodes(const GltfFile& file, std::size_t key) {
-  std::vector<Local> locals;
-  for (const Value& node : file.json["nodes"].GetArray()) locals.emplace_back(node);
-  const Value& animation = file.json["animations"][0];
-  for (const Value& channel : animation["channels"].GetArray()) {
-    const Value& target = channel["target"];
-    const Value& sampler = animation["samplers"][channel["sampler"].GetUint()];
-    const std::string path = target["path"].GetString();
-    const std::vector<double> values = AccessorValues(file, sampler["output"].GetUint());
-    locals[target["node"].GetUint()].Replace(path, values.data() + key * (path == "rotation" ? 4 : 3));
-  }
-  // Parents stand before their children.
-  std::vector<Matrix4> worlds;
-  for (const Local& local : locals) worlds.push_back(local.Compose());
-  for (rapidjson::SizeType parent = 0; parent < worlds.size(); ++parent) {
-    const Value& node = file.json["nodes"][parent];
-    if (!node.HasMember("children")) continue;
-    for (const Value& child : node["children"].GetArray())
-      worlds[child.GetUint()] = worlds[child.GetUint()] * worlds[parent];
-  }
-  return worlds;
-}
-
-Point Triple(const std::vector<double>& values, std::size_t place) {
-  return {values[3 * place], values[3 * place + 1], values[3 * place + 2]};
-}
-
-double Distance(const Point& a, const Point& b) { return std::hypot(a[0] - b[0], a[1] - b[1], a[2] - b[2]); }
-
 TEST(SkinnedPose, FollowsTheScene) {
   const Strip strip;
   const HostPose host(strip);
@@ -216,34 +142,21 @@ TEST(SkinnedPose, FollowsTheScene) {
   ASSERT_EQ(run.result, ZYe_OK);
   const GltfFile file = test_support::ReadGltfFile(run.output);
 
-  const Value& attributes = file.json["meshes"][0]["primitives"][0]["attributes"];
-  const std::vector<double> positions = AccessorValues(file, attributes["POSITION"].GetUint());
-  const std::vector<double> joints = AccessorValues(file, attributes["JOINTS_0"].GetUint());
-  const std::vector<double> weights = AccessorValues(file, attributes["WEIGHTS_0"].GetUint());
-  const Value& skin = file.json["skins"][0];
-  const std::vector<double> inverse = AccessorValues(file, skin["inverseBindMatrices"].GetUint());
+  const auto vertices = test_support::ReadVertices(file, file.json["meshes"][0]["primitives"][0]);
   const Value& sampler = file.json["animations"][0]["samplers"][0];
   const std::vector<double> times = AccessorValues(file, sampler["input"].GetUint());
-  ASSERT_EQ(positions.size(), 3u * 2 * kColumns);
+  ASSERT_EQ(vertices.positions.size(), 3u * 2 * kColumns);
 
   for (std::size_t key = 0; key < times.size(); ++key) {
     SCOPED_TRACE(times[key]);
-    const std::vector<Matrix4> worlds = PoseNodes(file, key);
-    for (std::size_t vertex = 0; vertex < positions.size() / 3; ++vertex) {
-      const Point bound = Triple(positions, vertex);
+    const std::vector<Matrix4> worlds = test_support::PoseNodes(file, test_support::Moment{0, key});
+    const std::vector<Point> posed = test_support::PoseVertices(file, vertices, file.json["skins"][0], worlds);
+    for (std::size_t vertex = 0; vertex < posed.size(); ++vertex) {
+      const Point bound = Triple(vertices.positions, vertex);
       std::size_t point = 0;
       while (point < strip.points.size() && Distance(host.BindPoint(point), bound) > 1e-5) ++point;
       ASSERT_LT(point, strip.points.size()) << "vertex " << vertex << " is not at a point in world space";
-      Point posed = {0, 0, 0};
-      for (std::size_t place = 4 * vertex; place < 4 * vertex + 4; ++place) {
-        const auto joint = static_cast<std::size_t>(joints[place]);
-        Matrix4 bind;
-        std::copy_n(inverse.begin() + static_cast<std::ptrdiff_t>(16 * joint), 16, bind.m.begin());
-        const auto node = skin["joints"][static_cast<rapidjson::SizeType>(joint)].GetUint();
-        const Point moved = Transformed(bound, bind * worlds[node]);
-        for (std::size_t axis = 0; axis < 3; ++axis) posed[axis] += weights[place] * moved[axis];
-      }
-      EXPECT_LT(Distance(posed, host.PosedPoint(point, times[key])), 1e-5) << "point " << point;
+      EXPECT_LT(Distance(posed[vertex], host.PosedPoint(point, times[key])), 1e-5) << "point " << point;
     }
   }
 }

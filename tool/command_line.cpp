@@ -12,18 +12,20 @@ namespace {
 
 using AddCommand = RunCommand (*)(CLI::App& app);
 
-constexpr AddCommand kCommands[] = {AddExport, AddInfo};
+constexpr AddCommand kCommands[] = {AddBatch, AddExport, AddInfo, AddLoadOptions, AddPreview, AddRecord};
 
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv) {
   CLI::App app("Exports scenes of the Orvo 3D application to glTF 2.0.", "vornel");
-  app.set_version_flag("--version", "vornel " VORNEL_VERSION);
+  app.set_version_flag("--version", "vornel " VORNEL_VERSION "\n" VORNEL_BUILD_FACTS);
   app.require_subcommand(1);
   app.failure_message([](const CLI::App*, const CLI::Error& error) {
     return std::string("vornel: error: ") + error.what() + " (see --help)\n";
   });
-  app.footer("Exit codes: 0 done, 2 usage, 3 input can't be read, 4 output can't be written.");
+  app.footer(
+      "Exit codes: 0 done, 1 warnings under --strict, 2 usage, 3 input can't be read, 4 output can't be written, "
+      "5 some of a batch failed.");
   std::vector<RunCommand> runs;
   for (const AddCommand add : kCommands) runs.push_back(add(app));
   try {

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <system_error>
 
 namespace tool {
@@ -45,7 +46,7 @@ bool LiesBelow(const fs::path& path, const fs::path& directory) {
 
 class ImageFinder {
  public:
-  ImageFinder(const std::string& directory, const std::vector<fs::path>& roots);
+  ImageFinder(const std::string& directory, const ImagePlaces& places);
 
   // The path to use, none for an image that is left out.
   std::optional<std::string> Settle(const std::string& path, ImageReport& report) const;
@@ -53,19 +54,21 @@ class ImageFinder {
  private:
   Verdict Judge(const std::string& path) const;
   bool IsBackslashName(const std::string& path) const;
-  std::optional<std::string> FindByName(const std::string& path) const;
+  std::optional<std::string> FindByName(const std::string& path, ImageReport& report) const;
 
   std::string directory_;
   fs::path canonicalDirectory_;
   std::vector<fs::path> canonicalRoots_;
+  std::set<std::string> own_;
   std::vector<std::string> places_;  // where images are looked for by name, each with a slash at its end
 };
 
-ImageFinder::ImageFinder(const std::string& directory, const std::vector<fs::path>& roots)
+ImageFinder::ImageFinder(const std::string& directory, const ImagePlaces& places)
     : directory_(directory),
       canonicalDirectory_(Canonical(directory.empty() ? "." : directory)),
       places_({"", "textures/", "images/"}) {
-  for (const fs::path& root : roots) {
+  for (const fs::path& own : places.own) own_.insert(own.string());
+  for (const fs::path& root : places.roots) {
     canonicalRoots_.push_back(Canonical(root));
     places_.push_back((fs::absolute(root) / "").string());
   }
@@ -75,9 +78,11 @@ ImageFinder::ImageFinder(const std::string& directory, const std::vector<fs::pat
 Verdict ImageFinder::Judge(const std::string& path) const {
   const fs::path file = ImageFile(directory_, path);
   const fs::path canonical = Canonical(file);
+  const bool own = own_.count(path) != 0 && path.find('\\') == std::string::npos;
   const bool confined = !canonicalRoots_.empty();
-  if (confined && std::none_of(canonicalRoots_.begin(), canonicalRoots_.end(),
-                               [&](const fs::path& root) { return LiesBelow(canonical, root); }))
+  if (confined && !own && std::none_of(canonicalRoots_.begin(), canonicalRoots_.end(), [&](const fs::path& root) {
+        return LiesBelow(canonical, root);
+      }))
     return Verdict::OutsideRoots;
   std::error_code ignored;
   const fs::file_status status = fs::status(file, ignored);
@@ -85,7 +90,7 @@ Verdict ImageFinder::Judge(const std::string& path) const {
   if (fs::is_directory(status)) return Verdict::Folder;
   if (!fs::is_regular_file(status)) return Verdict::Special;
   if (fs::file_size(file, ignored) >= kTooLarge) return Verdict::TooLarge;
-  const bool trusted = confined || LiesBelow(canonical, canonicalDirectory_);
+  const bool trusted = own || confined || LiesBelow(canonical, canonicalDirectory_);
   return trusted || BeginsLikeImage(file) ? Verdict::Taken : Verdict::NoImage;
 }
 
@@ -96,19 +101,22 @@ bool ImageFinder::IsBackslashName(const std::string& path) const {
   return file.string().find('\\') != std::string::npos && fs::is_regular_file(file, ignored);
 }
 
-std::optional<std::string> ImageFinder::FindByName(const std::string& path) const {
+std::optional<std::string> ImageFinder::FindByName(const std::string& path, ImageReport& report) const {
   const std::string name = path.substr(path.find_last_of("/\\") + 1);
   if (name.empty()) return std::nullopt;
-  for (const std::string& place : places_)
+  for (const std::string& place : places_) {
+    report.files.push_back(ImageFile(directory_, place + name));
     if (Judge(place + name) == Verdict::Taken) return place + name;
+  }
   return std::nullopt;
 }
 
 std::optional<std::string> ImageFinder::Settle(const std::string& path, ImageReport& report) const {
+  report.files.push_back(ImageFile(directory_, path));
   const Verdict verdict = Judge(path);
   if (verdict == Verdict::Taken) return path;
   if (verdict == Verdict::Missing || verdict == Verdict::OutsideRoots || verdict == Verdict::Backslash) {
-    if (std::optional<std::string> found = FindByName(path)) {
+    if (std::optional<std::string> found = FindByName(path, report)) {
       report.notes.push_back(fmt::format("image \"{}\": found as \"{}\"", path, *found));
       return found;
     }
@@ -125,8 +133,8 @@ fs::path ImageFile(const std::string& sceneDirectory, const std::string& imagePa
   return headless::FromHostPath(headless::ResolveHostPath(sceneDirectory, imagePath));
 }
 
-void SettleImagePaths(headless::SceneData& scene, const std::vector<fs::path>& roots, ImageReport& report) {
-  const ImageFinder finder(scene.directory, roots);
+void SettleImagePaths(headless::SceneData& scene, const ImagePlaces& places, ImageReport& report) {
+  const ImageFinder finder(scene.directory, places);
   std::map<std::string, std::optional<std::string>> settled;
   for (headless::ItemData& item : scene.items) {
     if (!item.imagePath) continue;

@@ -1,6 +1,7 @@
 #include "readers/read_scene.h"
 #include "tool/command_line.h"
 #include "tool/exit_codes.h"
+#include "tool/read_arguments.h"
 #include "tool/report.h"
 
 #include <CLI/CLI.hpp>
@@ -22,6 +23,11 @@ namespace {
 using headless::ItemData;
 using headless::MeshData;
 using headless::SceneData;
+
+struct InfoArguments {
+  std::filesystem::path input;
+  readers::ReadOptions reading;
+};
 
 std::string MapTypeName(std::uint32_t type) {
   std::string name;
@@ -59,11 +65,11 @@ void PrintScene(const SceneData& scene) {
 }
 
 // Lists what a scene holds on the output stream.
-int RunInfo(const std::filesystem::path& input) {
+int RunInfo(const InfoArguments& arguments) {
   const Report report;
   try {
     readers::ReadReport read;
-    const SceneData scene = readers::ReadScene(input, read);
+    const SceneData scene = readers::ReadScene(arguments.input, arguments.reading, read);
     for (const std::string& warning : read.warnings) report.Warning(warning);
     PrintScene(scene);
     if (std::fflush(stdout) == 0) return kDone;
@@ -76,7 +82,7 @@ int RunInfo(const std::filesystem::path& input) {
     report.Error(std::string("standard output: ") + error.what());
     return kOutput;
   } catch (const std::bad_alloc&) {
-    report.Error(input.string() + ": out of memory");
+    report.Error(arguments.input.string() + ": out of memory");
     return kInput;
   }
 }
@@ -85,9 +91,10 @@ int RunInfo(const std::filesystem::path& input) {
 
 RunCommand AddInfo(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("info", "List what a scene holds.");
-  const auto input = std::make_shared<std::filesystem::path>();
-  command.add_option("input", *input, "scene to read: .orvo or .obj")->required()->type_name("INPUT");
-  return [input] { return RunInfo(*input); };
+  const auto arguments = std::make_shared<InfoArguments>();
+  command.add_option("input", arguments->input, kInputText)->required()->type_name("INPUT");
+  AddReadOptions(command, arguments->reading);
+  return [arguments] { return RunInfo(*arguments); };
 }
 
 }  // namespace tool

@@ -1,4 +1,5 @@
 // vornel: exports scenes of the Orvo 3D application to glTF 2.0, without the application.
+#include "readers/interrupt.h"
 #include "tool/command_line.h"
 
 #include <fcntl.h>
@@ -17,5 +18,6 @@ void OpenStandardStreams() {
 
 int main(int argc, char** argv) {
   OpenStandardStreams();
+  readers::WatchInterrupts();
   return tool::RunCommandLine(argc, argv);
 }

@@ -1,44 +1,28 @@
 #include "tool/output_check.h"
 
-#include "readers/mapped_file.h"
-#include "readers/read_scene.h"
+#include "tool/cut_json.h"
+#include "tool/fault_place.h"
+#include "tool/image_check.h"
 
+#include <fmt/core.h>
 #include <rapidjson/document.h>
-#include <rapidjson/error/en.h>
 
 #include <cerrno>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <span>
+#include <utility>
 
 namespace tool {
 namespace {
 
 using Bytes = std::span<const std::byte>;
-using Fault = std::optional<std::string>;
 
 constexpr std::uint32_t kComponentFloat = 5126;
-constexpr std::uint64_t kLargestCount = 0xFFFFFFFF;  // of bytes, in the header of a .glb and in a saver
+constexpr std::uint32_t kComponentU16 = 5123;
 
-std::uint32_t ReadU32(Bytes bytes, std::size_t offset) {
-  std::uint32_t value = 0;
-  for (std::size_t i = 0; i < 4; ++i) value |= std::to_integer<std::uint32_t>(bytes[offset + i]) << (8 * i);
-  return value;
-}
-
-std::uint64_t Number(const rapidjson::Value& object, const char* key) {
-  const auto member = object.FindMember(key);
-  return member != object.MemberEnd() && member->value.IsUint64() ? member->value.GetUint64() : 0;
-}
-
-std::uint64_t ComponentCount(const rapidjson::Value& accessor) {
-  static constexpr std::pair<const char*, std::uint64_t> kTypes[] = {
-      {"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}, {"MAT4", 16}};
-  for (const auto& [type, count] : kTypes)
-    if (accessor["type"] == type) return count;
-  return 0;
-}
+std::string_view TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
 // A float is finite when its exponent isn't all ones.
 bool AllFinite(Bytes floats) {
@@ -51,66 +35,92 @@ bool AllFinite(Bytes floats) {
   return finite;
 }
 
-Fault CheckAccessor(const rapidjson::Value& root, std::size_t index, Bytes buffer) {
-  const std::string name = "accessor " + std::to_string(index);
-  const rapidjson::Value& accessor = root["accessors"][static_cast<rapidjson::SizeType>(index)];
-  const rapidjson::Value& views = root["bufferViews"];
-  const std::uint64_t view = Number(accessor, "bufferView");
-  if (view >= views.Size()) return name + " names buffer view " + std::to_string(view);
-  const rapidjson::Value& bufferView = views[static_cast<rapidjson::SizeType>(view)];
-  const std::uint64_t offset = Number(bufferView, "byteOffset");
-  const std::uint64_t length = Number(bufferView, "byteLength");
-  if (offset + length > buffer.size()) return "buffer view " + std::to_string(view) + " reaches beyond the buffer";
-  const std::uint64_t type = Number(accessor, "componentType");
-  const std::uint64_t size = type == 5123 ? 2 : 4;
-  const std::uint64_t needed = Number(accessor, "count") * ComponentCount(accessor) * size;
-  if (needed > length) return name + " reaches beyond its buffer view";
-  if (type == kComponentFloat && !AllFinite(buffer.subspan(offset, needed)))
-    return name + " holds a number that isn't finite";
-  return std::nullopt;
+bool HasNan(Bytes floats) {
+  for (std::size_t offset = 0; offset + 4 <= floats.size(); offset += 4) {
+    float value;
+    std::memcpy(&value, floats.data() + offset, 4);
+    if (std::isnan(value)) return true;
+  }
+  return false;
 }
 
-Fault CheckDocument(const rapidjson::Document& root, Bytes buffer) {
-  if (root.HasParseError())
-    return std::string("its JSON is broken: ") + rapidjson::GetParseError_En(root.GetParseError()) + " at byte " +
-           std::to_string(root.GetErrorOffset()) + " (most likely a number that isn't finite)";
-  if (buffer.size() > kLargestCount) return "its buffer takes more than 4 GiB, the most that a saver can write";
-  const std::uint64_t length = Number(root["buffers"][0], "byteLength");
-  if (length != buffer.size())
-    return "its buffer has " + std::to_string(buffer.size()) + " bytes where the JSON says " +
-           std::to_string(length);
-  for (std::size_t index = 0; index < root["accessors"].Size(); ++index)
-    if (Fault fault = CheckAccessor(root, index, buffer)) return fault;
-  return std::nullopt;
-}
+// Checks one document of a scene; the first fault is thrown.
+class DocumentCheck {
+ public:
+  DocumentCheck(WrittenDocument& document, const headless::SceneData& scene)
+      : document_(document), scene_(scene) {}
 
-Fault ParseAndCheck(Bytes json, Bytes buffer) {
-  rapidjson::Document root;
-  root.Parse<rapidjson::kParseIterativeFlag>(reinterpret_cast<const char*>(json.data()), json.size());
-  return CheckDocument(root, buffer);
-}
+  void Parse() {
+    const std::string_view json = TextOf(document_.json);
+    const std::optional<JsonError> error = ReadOutline(json, document_.outline);
+    if (!error) return;
+    if (const std::optional<CutJson> cut = CompleteCutJson(json)) {
+      const rapidjson::Document completed = ParseTree(cut->text);
+      if (!completed.HasParseError())
+        throw WriteFault("a number that is infinite or not a number: " +
+                         PlaceOfNumber(completed, cut->path, scene_));
+    }
+    throw WriteFault(fmt::format("its JSON is broken: {} at byte {}", error->reason, error->offset));
+  }
 
-Fault CheckGlb(Bytes file) {
-  if (file.size() > kLargestCount) return "it takes more than 4 GiB, the most that a .glb can hold";
-  if (file.size() < 28 || ReadU32(file, 8) != file.size()) return "its length is not what its header says";
-  const std::size_t jsonLength = ReadU32(file, 12);
-  if (jsonLength > file.size() - 28) return "its JSON chunk reaches beyond the file";
-  const std::size_t binaryLength = ReadU32(file, 20 + jsonLength);
-  if (binaryLength != file.size() - 28 - jsonLength) return "its binary chunk does not end with the file";
-  return ParseAndCheck(file.subspan(20, jsonLength), file.subspan(28 + jsonLength));
-}
+  void CheckBuffer() const {
+    const OutputOutline& outline = document_.outline;
+    if (outline.bufferLength != document_.buffer.size())
+      throw WriteFault(fmt::format("its buffer has {} bytes where the JSON says {}", document_.buffer.size(),
+                                   outline.bufferLength));
+    for (std::size_t index = 0; index < outline.views.size(); ++index)
+      if (outline.views[index].byteOffset + outline.views[index].byteLength > outline.bufferLength)
+        throw WriteFault(fmt::format("buffer view {} reaches beyond the buffer", index));
+  }
+
+  void CheckAccessors(const ShareSink& told) const {
+    std::uint64_t bytes = 0;
+    for (std::size_t index = 0; index < document_.outline.accessors.size(); ++index) {
+      bytes += CheckAccessor(index);
+      told(static_cast<double>(bytes) / static_cast<double>(document_.buffer.size() + 1));
+    }
+  }
+
+ private:
+  static rapidjson::Document ParseTree(std::string_view json) {
+    rapidjson::Document root;
+    root.Parse<rapidjson::kParseIterativeFlag>(json.data(), json.size());
+    return root;
+  }
+
+  // Returns its bytes.
+  std::uint64_t CheckAccessor(std::size_t index) const {
+    const OutlineAccessor& accessor = document_.outline.accessors[index];
+    const std::vector<OutlineView>& views = document_.outline.views;
+    if (accessor.bufferView >= views.size())
+      throw WriteFault(fmt::format("accessor {} names buffer view {}", index, accessor.bufferView));
+    const OutlineView& view = views[accessor.bufferView];
+    const std::uint64_t size = accessor.componentType == kComponentU16 ? 2 : 4;
+    const std::uint64_t needed = accessor.count * accessor.components * size;
+    if (needed > view.byteLength)
+      throw WriteFault(fmt::format("accessor {} reaches beyond its buffer view", index));
+    const Bytes values = document_.buffer.subspan(view.byteOffset, needed);
+    if (accessor.componentType == kComponentFloat && !AllFinite(values))
+      throw WriteFault((HasNan(values) ? "a value that is not a number: " : "an infinite value: ") +
+                       PlaceOfAccessor(ParseTree(TextOf(document_.json)), index, scene_));
+    return needed;
+  }
+
+  WrittenDocument& document_;
+  const headless::SceneData& scene_;
+};
 
 }  // namespace
 
-Fault FindOutputFault(const std::filesystem::path& file) {
-  try {
-    const auto mapped = readers::MappedFile::Open(file);
-    if (file.extension() == ".glb") return CheckGlb(mapped->Bytes());
-    const auto binary = readers::MappedFile::Open(std::filesystem::path(file).replace_extension(".bin"));
-    return ParseAndCheck(mapped->Bytes(), binary->Bytes());
-  } catch (const readers::InputError& error) {
-    return error.what();
-  }
+WrittenDocument CheckOutput(const std::filesystem::path& file, const headless::SceneData& scene,
+                            const ShareSink& told) {
+  WrittenDocument document = OpenDocument(file);
+  DocumentCheck check(document, scene);
+  check.Parse();
+  check.CheckBuffer();
+  check.CheckAccessors(told);
+  CheckImages(document, file.parent_path(), scene);
+  return document;
 }
 
 std::optional<std::string> FindWriteFault(const std::filesystem::path& file) {

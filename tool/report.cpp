@@ -1,9 +1,10 @@
 #include "tool/report.h"
 
-#include <fmt/core.h>
+#include "tool/screen.h"
 
-#include <cstdio>
+#include <map>
 #include <string_view>
+#include <utility>
 
 namespace tool {
 namespace {
@@ -14,22 +15,37 @@ std::string_view Trimmed(std::string_view text) {
   return text.substr(first, text.find_last_not_of(" \n") - first + 1);
 }
 
-// Not fmt::print, which throws: an error stream that takes nothing must not cost the export.
-void PrintLine(const char* front, std::string_view text) {
-  const std::string line = fmt::format("{}{}\n", front, text);
-  std::fwrite(line.data(), 1, line.size(), stderr);
+std::string Line(MessageKind kind, std::string_view text) {
+  return (kind == MessageKind::Error ? "vornel: error: " : "vornel: warning: ") + std::string(text);
 }
 
 }  // namespace
 
-void Report::Error(const std::string& text) const { PrintLine("vornel: error: ", text); }
+struct Report::Told {
+  std::vector<MessageGroup> groups;
+  std::map<std::pair<MessageKind, std::string>, std::size_t> places;
+};
 
-void Report::Warning(const std::string& text) const {
-  if (verbosity_ != Verbosity::Quiet) PrintLine("vornel: warning: ", text);
+Report::Report(Verbosity verbosity) : verbosity_(verbosity), told_(std::make_shared<Told>()) {}
+
+const std::vector<MessageGroup>& Report::Messages() const { return told_->groups; }
+
+void Report::Tell(MessageKind kind, const std::string& text) const {
+  const auto [entry, isNew] = told_->places.try_emplace({kind, text}, told_->groups.size());
+  if (isNew)
+    told_->groups.push_back({kind, text});
+  else
+    ++told_->groups[entry->second].count;
+  const bool wanted = kind == MessageKind::Error || verbosity_ != Verbosity::Quiet;
+  if (wanted && (isNew || verbosity_ == Verbosity::Verbose)) PrintErrorLine(Line(kind, text));
 }
 
+void Report::Error(const std::string& text) const { Tell(MessageKind::Error, text); }
+
+void Report::Warning(const std::string& text) const { Tell(MessageKind::Warning, text); }
+
 void Report::Note(const std::string& text) const {
-  if (verbosity_ != Verbosity::Quiet) PrintLine("", text);
+  if (verbosity_ != Verbosity::Quiet) PrintErrorLine(text);
 }
 
 void Report::LogMessage(const headless::LogLine& line) const {
@@ -39,11 +55,13 @@ void Report::LogMessage(const headless::LogLine& line) const {
     case Kind::Info:
       // The blanks in front show the nesting; some texts end in a line end of their own.
       if (verbosity_ == Verbosity::Verbose)
-        PrintLine("", std::string_view(line.text).substr(0, line.text.find_last_not_of('\n') + 1));
+        PrintErrorLine(std::string_view(line.text).substr(0, line.text.find_last_not_of('\n') + 1));
       break;
     case Kind::Warning:
-    case Kind::WarningDialog:
       Warning(std::string(Trimmed(line.text)));
+      break;
+    case Kind::WarningDialog:
+      Note(Line(MessageKind::Warning, Trimmed(line.text)));
       break;
     case Kind::Error:
     case Kind::ErrorDialog:

@@ -1,47 +1,90 @@
 #include "tool/staging.h"
 
+#include "tool/file_flush.h"
+#include "tool/leftovers.h"
 #include "tool/output_error.h"
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <fstream>
-#include <functional>
-#include <mutex>
-#include <pthread.h>
+#include <optional>
 #include <stdlib.h>
-#include <thread>
+#include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace tool {
 namespace {
 
 namespace fs = std::filesystem;
 
+constexpr int kTries = 1000;
+
 fs::path DirectoryOf(const fs::path& target) {
   return target.has_parent_path() ? target.parent_path() : fs::path(".");
 }
 
-// Held while files are moved into place: a signal waits until all of them are.
-std::mutex g_moving;
-
-// Waits for a signal to end the command and removes the directory before it does. Removing a tree isn't allowed
-// in a signal handler, so a thread of its own takes the signals.
-void RemoveOnSignal(const fs::path& directory) {
-  sigset_t signals;
-  sigemptyset(&signals);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, number);
-  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  std::thread([signals, directory] {
-    int number = 0;
-    sigwait(&signals, &number);
-    const std::lock_guard<std::mutex> lock(g_moving);
-    std::error_code ignored;
-    fs::remove_all(directory, ignored);
-    _exit(128 + number);
-  }).detach();
+// The saver may still be writing into it when a signal ends the command.
+void RemoveWhileWritten(const fs::path& directory) {
+  std::error_code ignored;
+  for (int tries = 0; tries < kTries && fs::exists(directory, ignored); ++tries) RemoveStaging(directory);
 }
+
+struct Move {
+  fs::path from, to;
+  fs::path backup;  // the file that stood at `to`, empty for none
+};
+
+[[noreturn]] void ThrowOf(const Move& move, const std::error_code& error) {
+  throw OutputError(move.to.string() + ": can't be replaced: " + error.message());
+}
+
+// A second name keeps the old file reachable, so that the target is never missing.
+void BackUp(Move& move, const fs::path& backup) {
+  std::error_code error, none;
+  if (!fs::exists(fs::symlink_status(move.to, none))) return;
+  fs::create_hard_link(move.to, backup, error);
+  if (error && fs::copy_file(move.to, backup, error)) FlushToDisk(backup);
+  if (error) ThrowOf(move, error);
+  move.backup = backup;
+}
+
+// Several files can't be replaced in one step, so the next run must be able to undo some of the moves.
+void KeepOldFiles(std::vector<Move>& moves, const fs::path& directory) {
+  std::vector<JournalMove> journal;
+  for (Move& move : moves) {
+    BackUp(move, directory / "old" / std::to_string(journal.size()));
+    JournalMove& noted = journal.emplace_back();
+    noted.name = move.from.filename().string();
+    noted.hasOld = !move.backup.empty();
+  }
+  FlushToDisk(directory / "old");
+  WriteJournal(directory, std::move(journal));
+}
+
+void PutBack(const std::vector<Move>& moves, std::size_t count) {
+  std::error_code ignored;
+  for (std::size_t place = 0; place < count; ++place) {
+    if (moves[place].backup.empty())
+      fs::remove(moves[place].to, ignored);
+    else
+      fs::rename(moves[place].backup, moves[place].to, ignored);
+  }
+}
+
+void RunMoves(const std::vector<Move>& moves) {
+  const readers::InterruptPause pause;
+  for (std::size_t place = 0; place < moves.size(); ++place) {
+    std::error_code error;
+    fs::rename(moves[place].from, moves[place].to, error);
+    if (!error) continue;
+    PutBack(moves, place);
+    ThrowOf(moves[place], error);
+  }
+}
+
+}  // namespace
 
 bool HaveSameBytes(const fs::path& one, const fs::path& other) {
   std::error_code error;
@@ -57,75 +100,63 @@ bool HaveSameBytes(const fs::path& one, const fs::path& other) {
   return streams[0].eof() && streams[1].eof();
 }
 
-struct Move {
-  fs::path from, to;
-  fs::path backup;  // the file that stood at `to`, empty for none
-};
-
-void PutBack(const std::vector<Move>& moves) {
-  std::error_code ignored;
-  for (const Move& move : moves) {
-    if (move.backup.empty())
-      fs::remove(move.to, ignored);
-    else
-      fs::rename(move.backup, move.to, ignored);
-  }
-}
-
-}  // namespace
-
-Staging::Staging(const fs::path& target) : target_(target) {
+Staging::Staging(const fs::path& target, std::string stagedName)
+    : target_(target), stagedName_(std::move(stagedName)) {
   std::error_code error;
   if (fs::is_directory(target_, error)) throw OutputError(target_.string() + ": is a directory");
-  const fs::path parent = DirectoryOf(target_);
+  const fs::path parent = fs::absolute(DirectoryOf(target_));
   if (!fs::is_directory(parent, error))
-    throw OutputError(target_.string() + ": there is no folder " + parent.string());
-  std::string name = (parent / ".vornel-XXXXXX").string();
-  if (!mkdtemp(name.data()))
-    throw OutputError(target_.string() + ": can't write into " + parent.string() + ": " + std::strerror(errno));
-  directory_ = fs::absolute(name);
-  RemoveOnSignal(directory_);
+    throw OutputError(target_.string() + ": there is no folder " + DirectoryOf(target_).string());
+  const auto fail = [&](const std::string& reason) {
+    throw OutputError(target_.string() + ": can't write into " + DirectoryOf(target_).string() + ": " + reason);
+  };
+  // Between making the directory and locking it another run may take it for a leftover.
+  std::optional<readers::InterruptPause> pause(std::in_place);
+  for (int tries = 0; lock_ < 0; ++tries) {
+    std::string name = (parent / (std::string(kStagingPrefix) + "XXXXXX")).string();
+    if (!mkdtemp(name.data())) fail(std::strerror(errno));
+    directory_ = name;
+    lock_ = LockStaging(directory_);
+    const int reason = errno;
+    if (lock_ < 0 && (fs::remove(directory_, error) || tries == kTries)) fail(std::strerror(reason));
+  }
+  removal_ =
+      std::make_unique<readers::InterruptAction>([directory = directory_] { RemoveWhileWritten(directory); });
+  pause.reset();
   for (const char* folder : {"new", "old"}) {
     if (fs::create_directory(directory_ / folder, error)) continue;
-    fs::remove_all(directory_);
-    throw OutputError(target_.string() + ": can't write into " + parent.string() + ": " + error.message());
+    const std::string reason = error.message();
+    RemoveStaging(directory_);
+    close(lock_);
+    fail(reason);
   }
+  for (const fs::path& file : ClearLeftovers(parent))
+    notes_.push_back(file.string() + ": put back as it was before a run that was killed");
 }
 
 Staging::~Staging() {
-  std::error_code ignored;
-  fs::remove_all(directory_, ignored);
+  RemoveStaging(directory_);
+  close(lock_);
 }
 
 std::vector<fs::path> Staging::MoveIntoPlace() const {
-  const std::lock_guard<std::mutex> lock(g_moving);
   std::vector<Move> moves;
-  for (const fs::directory_entry& entry : fs::directory_iterator(Directory()))
-    if (entry.path().filename() != target_.filename())
+  for (const fs::directory_entry& entry : fs::directory_iterator(Directory())) {
+    FlushToDisk(entry.path());
+    if (entry.path().filename() != stagedName_)
       moves.push_back({entry.path(), DirectoryOf(target_) / entry.path().filename(), {}});
-  std::sort(moves.begin(), moves.end(), [](const Move& a, const Move& b) { return a.to < b.to; });
-  moves.push_back({Directory() / target_.filename(), target_, {}});
-
-  std::vector<Move> done;
-  std::vector<fs::path> files;
-  for (Move& move : moves) {
-    files.push_back(move.to);
-    if (move.to != target_ && HaveSameBytes(move.from, move.to)) continue;
-    std::error_code error, none;
-    const fs::path backup = directory_ / "old" / std::to_string(done.size());
-    if (fs::exists(fs::symlink_status(move.to, none))) {
-      // A second name keeps the old file reachable, so that the target is never missing.
-      fs::create_hard_link(move.to, backup, error);
-      if (error) fs::copy_file(move.to, backup, error);
-      if (!error) move.backup = backup;
-    }
-    if (!error) fs::rename(move.from, move.to, error);
-    if (error) {
-      PutBack(done);
-      throw OutputError(move.to.string() + ": can't be replaced: " + error.message());
-    }
-    done.push_back(move);
   }
+  std::sort(moves.begin(), moves.end(), [](const Move& a, const Move& b) { return a.to < b.to; });
+  moves.push_back({File(), target_, {}});
+  std::vector<fs::path> files;
+  for (const Move& move : moves) files.push_back(move.to);
+  const auto unchanged = [&](const Move& move) { return move.to != target_ && HaveSameBytes(move.from, move.to); };
+  moves.erase(std::remove_if(moves.begin(), moves.end(), unchanged), moves.end());
+
+  FlushToDisk(Directory());
+  if (moves.size() > 1) KeepOldFiles(moves, directory_);
+  RunMoves(moves);
+  FlushToDisk(DirectoryOf(target_));
   return files;
 }
 

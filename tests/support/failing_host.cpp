@@ -9,7 +9,7 @@ namespace test_support {
 namespace {
 
 const PartRow* FindRow(std::uint32_t id) {
-  for (const auto rows : {SceneParts(), MeshParts(), ServiceParts()})
+  for (const auto rows : {SceneParts(), MeshParts(), ServiceParts(), ConfigParts()})
     for (const PartRow& row : rows)
       if (row.id == id) return &row;
   return nullptr;

@@ -76,11 +76,12 @@ class Proxy final : public IZyObject {
   std::map<std::uint32_t, MadePart> parts_;
 };
 
-// The inner object's interface behind an argument; null for null.
+// The inner object's interface behind an argument; null for null, and an object of the plug-in's own as it is.
 template <class T>
 T* InnerOf(T* object) {
   if (!object) return nullptr;
   auto* inner = static_cast<IZyObject*>(object->Interface(Proxy::kInnerObject));
+  if (!inner) return object;
   if constexpr (std::same_as<T, IZyObject>)
     return inner;
   else
@@ -153,5 +154,6 @@ constexpr PartRow RowOf() {
 std::span<const PartRow> SceneParts();
 std::span<const PartRow> MeshParts();
 std::span<const PartRow> ServiceParts();
+std::span<const PartRow> ConfigParts();
 
 }  // namespace test_support

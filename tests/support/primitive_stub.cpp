@@ -5,12 +5,11 @@
 #include "document/write_primitive.h"
 
 void WritePrimitive(GltfDocument& document, const GltfMesh& mesh, const TagTriangles& entry,
-                    JsonValue& primitives) {
-  JsonAllocator& allocator = *document.allocator;
+                    JsonText& primitives) {
   const auto material = mesh.materialByTag.find(entry.first);
-  JsonValue primitive(rapidjson::kObjectType);
-  primitive.AddMember("indices", AddIndices(document, entry.second), allocator);
+  primitives.StartObject();
+  primitives.Member("indices", AddIndices(document, entry.second));
   if (material != mesh.materialByTag.end())
-    primitive.AddMember("material", WriteMaterial(document, *material->second, mesh), allocator);
-  primitives.PushBack(primitive, allocator);
+    primitives.Member("material", WriteMaterial(document, *material->second, mesh));
+  primitives.EndObject();
 }

@@ -25,14 +25,19 @@ function serve(files) {
   return new Promise((resolve) => server.listen(0, '127.0.0.1', () => resolve(server)));
 }
 
-export async function openViewer(files) {
-  const server = await serve(files);
-  const browser = await chromium.launch({
+// Renders without a graphics card, and calls nobody by itself.
+export function launchBrowser() {
+  return chromium.launch({
     executablePath: process.env.CHROMIUM ?? '/usr/bin/chromium',
     args: ['--no-sandbox', '--disable-quic', '--no-first-run', '--disable-background-networking',
       '--disable-component-update', '--disable-sync', '--use-angle=swiftshader', '--enable-unsafe-swiftshader',
       '--ignore-gpu-blocklist'],
   });
+}
+
+export async function openViewer(files) {
+  const server = await serve(files);
+  const browser = await launchBrowser();
   return {
     // A page without a model yet, the errors that it logs, and the address of files[index].
     async newPage(index) {

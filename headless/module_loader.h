@@ -1,4 +1,4 @@
-// Loads a plug-in module and finds its savers.
+// Loads a plug-in module and finds its servers.
 #pragma once
 
 #include "host/module_api.h"
@@ -8,16 +8,13 @@
 #include <memory>
 #include <stdexcept>
 
-namespace tool {
+namespace headless {
 
 // A module that can't be loaded or lacks a server. what() is one line with the file and the reason.
 class ModuleError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
-
-// Where the module lies when nobody says otherwise: beside the command, in an installation and in a build.
-std::filesystem::path DefaultModulePath();
 
 // A loaded module. Everything that came from it must be released before it is destroyed.
 class LoadedModule {
@@ -28,6 +25,8 @@ class LoadedModule {
   LoadedModule(const LoadedModule&) = delete;
   LoadedModule& operator=(const LoadedModule&) = delete;
 
+  // A new object of the server. Throws ModuleError.
+  CountedRef<IZyObject> NewObject(const char* serverName) const;
   // A new saver of the server. Throws ModuleError.
   CountedRef<IZySaver> NewSaver(const char* serverName) const;
 
@@ -37,4 +36,4 @@ class LoadedModule {
   IZyModule* module_ = nullptr;
 };
 
-}  // namespace tool
+}  // namespace headless

@@ -1,15 +1,9 @@
-#include "tool/module_loader.h"
+#include "headless/module_loader.h"
 
 #include <dlfcn.h>
 #include <string>
 
-namespace tool {
-
-std::filesystem::path DefaultModulePath() {
-  std::error_code error;
-  const std::filesystem::path command = std::filesystem::read_symlink("/proc/self/exe", error);
-  return command.parent_path().parent_path() / "lib" / "vornel" / "vornel.zy";
-}
+namespace headless {
 
 LoadedModule::LoadedModule(const std::filesystem::path& file, IZyHost& host) : file_(file) {
   // An absolute path, so that the system's library folders aren't searched.
@@ -29,14 +23,21 @@ LoadedModule::~LoadedModule() {
   dlclose(library_);
 }
 
-CountedRef<IZySaver> LoadedModule::NewSaver(const char* serverName) const {
+CountedRef<IZyObject> LoadedModule::NewObject(const char* serverName) const {
   IZyFactory* const factory = module_->Factory(serverName);
   if (!factory) throw ModuleError(file_.string() + ": the plug-in has no server " + serverName);
   IZyObject* object = nullptr;
+  CountedRef<IZyObject> spawned;
+  if (ZyFailed(factory->Spawn(object)) || ZyFailed(spawned.Take(object)))
+    throw ModuleError(file_.string() + ": server " + serverName + " gives no object");
+  return spawned;
+}
+
+CountedRef<IZySaver> LoadedModule::NewSaver(const char* serverName) const {
   CountedRef<IZySaver> saver;
-  if (ZyFailed(factory->Spawn(object)) || ZyFailed(saver.Take(object)))
+  if (!saver.Set(NewObject(serverName).Raw()))
     throw ModuleError(file_.string() + ": server " + serverName + " gives no saver");
   return saver;
 }
 
-}  // namespace tool
+}  // namespace headless

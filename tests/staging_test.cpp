@@ -1,0 +1,147 @@
+// Files come into place whole or not at all, also when a run is killed.
+#include "tool/staging.h"
+
+#include "tests/support/command_fixture.h"
+#include "tool/leftovers.h"
+
+#include <sys/file.h>
+
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using namespace test_support;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class StagingTest : public Command {
+ protected:
+  // What a run left that was killed after so many moves of a.bin, b.png and a.gltf. b.png is new.
+  void LeaveMoves(std::size_t moves) const {
+    const fs::path left = Out() / ".vornel-aB3dE6";
+    for (const char* folder : {"new", "old"}) fs::create_directories(left / folder);
+    WriteFile(".vornel-aB3dE6/lock", "");
+    std::vector<tool::JournalMove> journal;
+    for (const char* name : {"a.bin", "b.png", "a.gltf"}) {
+      WriteFile(std::string(".vornel-aB3dE6/new/") + name, "new " + std::string(name));
+      const bool hasOld = std::string(name) != "b.png";
+      if (hasOld) {
+        WriteFile(name, "old");
+        fs::create_hard_link(Out() / name, left / "old" / std::to_string(journal.size()));
+      }
+      journal.push_back({name, 0, 0, 0, hasOld});
+    }
+    tool::WriteJournal(left, journal);
+    for (std::size_t move = 0; move < moves; ++move)
+      fs::rename(left / "new" / journal[move].name, Out() / journal[move].name);
+  }
+};
+
+TEST_F(StagingTest, UndoesMovesThatWereCutShort) {
+  for (std::size_t moves = 0; moves <= 3; ++moves) {
+    SCOPED_TRACE(moves);
+    LeaveMoves(moves);
+    const bool whole = moves == 3;
+    const tool::Staging staging(Out() / "other.glb");
+    EXPECT_EQ(staging.Notes().size(), whole ? 0 : moves);
+    EXPECT_EQ(Read("a.gltf"), whole ? "new a.gltf" : "old");
+    EXPECT_EQ(Read("a.bin"), whole ? "new a.bin" : "old");
+    EXPECT_EQ(fs::exists(Out() / "b.png"), whole);
+    EXPECT_FALSE(fs::exists(Out() / ".vornel-aB3dE6"));
+  }
+}
+
+TEST_F(StagingTest, LeavesFilesThatWereReplacedSince) {
+  LeaveMoves(2);
+  fs::remove(Out() / "a.bin");
+  WriteFile("a.bin", "of another program");
+  EXPECT_THAT(tool::ClearLeftovers(Out()), ElementsAre(Out() / "b.png"));
+  EXPECT_EQ(Read("a.bin"), "of another program");
+}
+
+TEST_F(StagingTest, ClearsOnlyWhatDeadRunsLeft) {
+  for (const char* other :
+       {".vornel-abcdef7", ".vornel-abcde", ".vornel-abc.ef", "vornel-abcdef", ".vornel-foreig"})
+    fs::create_directories(Out() / other / "new");
+  WriteFile(".vornel-file00", "");
+  fs::create_directory_symlink(Out(), Out() / ".vornel-link00");
+  fs::create_directory(Out() / ".vornel-empty0");
+  LeaveMoves(0);
+  std::vector<std::string> before = Files();
+  {
+    // Of a living run, of this process and of another.
+    const tool::Staging living(Out() / "a.gltf");
+    const tool::Staging other(Out() / "b.gltf");
+    EXPECT_TRUE(fs::exists(living.Directory()));
+  }
+  std::erase_if(before, [](const std::string& name) {
+    return name.starts_with(".vornel-empty0") || name.starts_with(".vornel-aB3dE6");
+  });
+  EXPECT_EQ(Files(), before);
+}
+
+TEST_F(StagingTest, AMoveThatFailsPutsBackWhatWasMoved) {
+  WriteFile("a.bin", "old");
+  WriteFile("a.gltf", "old");
+  {
+    const tool::Staging staging(Out() / "a.gltf");
+    for (const char* name : {"a.bin", "b.png", "a.gltf"}) std::ofstream(staging.Directory() / name) << "new";
+    fs::remove(Out() / "a.gltf");
+    fs::create_directory(Out() / "a.gltf");
+    EXPECT_ANY_THROW(staging.MoveIntoPlace());
+    fs::remove(Out() / "a.gltf");
+  }
+  EXPECT_THAT(Files(), ElementsAre("a.bin"));
+  EXPECT_EQ(Read("a.bin"), "old");
+}
+
+// Kills exports of two scenes into the same files at times spread over a whole run.
+TEST_F(StagingTest, AKilledExportLeavesTheOldFilesOrTheNewOnes) {
+  const std::string image = ReadWholeFile(kGoldens / "red.png");
+  const auto writeScene = [&](const std::string& folder, const std::string& name) {
+    fs::create_directory(Out() / folder);
+    WriteFile(folder + "/wood.png", image + name);
+    std::string scene = ReadWholeFile(kGoldens / "copies.orvo");
+    for (const char* path : {"images/red.png", "images/plain.tga"})
+      for (std::size_t place; (place = scene.find(path)) != std::string::npos;)
+        scene.replace(place, std::strlen(path), "wood.png");
+    scene.replace(scene.find("\"items\": ["), 10, "\"items\": [{\"name\": \"" + name + "\"}, ");
+    WriteFile(folder + "/scene.orvo", scene);
+  };
+  writeScene("one", "One");
+  writeScene("two", "Second");
+  const auto together = [&] { return Read("a.gltf") + '|' + Read("a.bin") + '|' + Read("wood.png"); };
+  const auto began = std::chrono::steady_clock::now();
+  ASSERT_EQ(Export("OUT/one/scene.orvo", "OUT/a.gltf").exitCode, kDone);
+  const auto whole = std::chrono::steady_clock::now() - began;
+  const std::string one = together();
+  ASSERT_EQ(Export("OUT/two/scene.orvo", "OUT/a.gltf").exitCode, kDone);
+  const std::string two = together();
+  ASSERT_NE(one, two);
+
+  constexpr int kKills = 40;
+  int changed = 0, left = 0;
+  for (int kill = 0; kill < kKills; ++kill) {
+    const std::string before = together();
+    const std::string scene = before == two ? "OUT/one/scene.orvo" : "OUT/two/scene.orvo";
+    RunningCommand command(Completed({VORNEL_COMMAND, "export", scene, "-o", "OUT/a.gltf", "-q"}));
+    std::this_thread::sleep_for(whole * kill / kKills);
+    command.Signal(SIGKILL);
+    command.Wait();
+    left += Files().size() > 9;
+    tool::ClearLeftovers(Out());
+    const std::string after = together();
+    EXPECT_TRUE(after == one || after == two) << "killed after " << kill << " of " << kKills;
+    changed += after != before;
+    EXPECT_THAT(Files(), ElementsAre("a.bin", "a.gltf", "one", "one/scene.orvo", "one/wood.png", "two",
+                                     "two/scene.orvo", "two/wood.png", "wood.png"));
+  }
+  RecordProperty("changed", changed);
+  EXPECT_GT(left, 0) << "no kill hit a run in its work";
+}
+
+}  // namespace

@@ -1,0 +1,196 @@
+#include "tool/output_outline.h"
+
+#include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
+#include <rapidjson/reader.h>
+
+#include <charconv>
+#include <span>
+
+namespace tool {
+namespace {
+
+using enum OutputArray;
+
+// By OutputArray.
+constexpr std::string_view kArrays[] = {"nodes", "meshes",     "materials", "textures",    "images",   "cameras",
+                                        "skins", "animations", "buffers",   "bufferViews", "accessors"};
+
+enum class Field {
+  None,
+  BufferLength,
+  ViewOffset,
+  ViewLength,
+  AccessorView,
+  AccessorComponent,
+  AccessorCount,
+  AccessorType,
+  ImageView,
+  ImageUri,
+  PrimitiveIndices,
+  PrimitivePosition,
+  SamplerInput,
+};
+
+// An element of an array under the root is three levels deep, what it holds in arrays five.
+constexpr int kElement = 3, kPart = 5, kPartMember = 6;
+
+struct FieldRow {
+  OutputArray array;
+  int depth;
+  std::string_view key;
+  Field field;
+};
+constexpr FieldRow kFields[] = {
+    {Buffers, kElement, "byteLength", Field::BufferLength},
+    {BufferViews, kElement, "byteOffset", Field::ViewOffset},
+    {BufferViews, kElement, "byteLength", Field::ViewLength},
+    {Accessors, kElement, "bufferView", Field::AccessorView},
+    {Accessors, kElement, "componentType", Field::AccessorComponent},
+    {Accessors, kElement, "count", Field::AccessorCount},
+    {Accessors, kElement, "type", Field::AccessorType},
+    {Images, kElement, "bufferView", Field::ImageView},
+    {Images, kElement, "uri", Field::ImageUri},
+    {Meshes, kPart, "indices", Field::PrimitiveIndices},
+    {Meshes, kPartMember, "POSITION", Field::PrimitivePosition},
+    {Animations, kPart, "input", Field::SamplerInput},
+};
+
+OutputArray ArrayOf(std::string_view key) {
+  std::size_t place = 0;
+  while (place < std::size(kArrays) && kArrays[place] != key) ++place;
+  return static_cast<OutputArray>(place);
+}
+
+// The rows of an array stand together.
+std::span<const FieldRow> FieldsOf(OutputArray array) {
+  const FieldRow* first = std::begin(kFields);
+  while (first != std::end(kFields) && first->array != array) ++first;
+  const FieldRow* last = first;
+  while (last != std::end(kFields) && last->array == array) ++last;
+  return {first, last};
+}
+
+std::uint64_t ComponentCount(std::string_view type) {
+  constexpr std::pair<std::string_view, std::uint64_t> kTypes[] = {
+      {"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}, {"MAT4", 16}};
+  for (const auto& [name, count] : kTypes)
+    if (name == type) return count;
+  return 0;
+}
+
+// Takes the parser's events.
+class OutlineHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, OutlineHandler> {
+ public:
+  explicit OutlineHandler(OutputOutline& outline) : outline_(outline) {}
+
+  bool StartObject() {
+    ++depth_;
+    if (depth_ == kElement) AddElement();
+    if (depth_ == kPart && array_ == Meshes) ++outline_.primitives;
+    return true;
+  }
+  bool EndObject(rapidjson::SizeType) { return Leave(); }
+  bool StartArray() {
+    ++depth_;
+    return true;
+  }
+  bool EndArray(rapidjson::SizeType) { return Leave(); }
+
+  bool Key(const char* text, rapidjson::SizeType size, bool) {
+    const std::string_view key(text, size);
+    field_ = Field::None;
+    if (depth_ == 1) {
+      array_ = ArrayOf(key);
+      fields_ = FieldsOf(array_);
+    }
+    for (const FieldRow& row : fields_)
+      if (row.depth == depth_ && row.key == key) field_ = row.field;
+    return true;
+  }
+  bool RawNumber(const char* text, rapidjson::SizeType size, bool) {
+    std::uint64_t number = 0;
+    if (field_ != Field::None && std::from_chars(text, text + size, number).ec == std::errc()) Take(number);
+    return true;
+  }
+  bool String(const char* text, rapidjson::SizeType size, bool) {
+    if (field_ == Field::AccessorType) outline_.accessors.back().components = ComponentCount({text, size});
+    if (field_ == Field::ImageUri) outline_.images.back().uri.emplace(text, size);
+    return true;
+  }
+
+ private:
+  bool Leave() {
+    --depth_;
+    field_ = Field::None;
+    return true;
+  }
+
+  void AddElement() {
+    if (array_ == None) return;
+    ++outline_.sizes[static_cast<std::size_t>(array_)];
+    if (array_ == BufferViews) outline_.views.emplace_back();
+    if (array_ == Accessors) outline_.accessors.emplace_back();
+    if (array_ == Images) outline_.images.emplace_back();
+  }
+
+  void Take(std::uint64_t number) {
+    switch (field_) {
+      case Field::BufferLength:
+        if (outline_.SizeOf(Buffers) == 1) outline_.bufferLength = number;
+        break;
+      case Field::ViewOffset:
+        outline_.views.back().byteOffset = number;
+        break;
+      case Field::ViewLength:
+        outline_.views.back().byteLength = number;
+        break;
+      case Field::AccessorView:
+        outline_.accessors.back().bufferView = number;
+        break;
+      case Field::AccessorComponent:
+        outline_.accessors.back().componentType = number;
+        break;
+      case Field::AccessorCount:
+        outline_.accessors.back().count = number;
+        break;
+      case Field::ImageView:
+        outline_.images.back().bufferView = number;
+        break;
+      case Field::PrimitiveIndices:
+        outline_.indices.push_back(number);
+        break;
+      case Field::PrimitivePosition:
+        outline_.positions.push_back(number);
+        break;
+      case Field::SamplerInput:
+        outline_.inputs.push_back(number);
+        break;
+      case Field::None:
+      case Field::AccessorType:
+      case Field::ImageUri:
+        break;
+    }
+  }
+
+  OutputOutline& outline_;
+  int depth_ = 0;
+  OutputArray array_ = None;
+  std::span<const FieldRow> fields_;
+  Field field_ = Field::None;
+};
+
+}  // namespace
+
+std::optional<JsonError> ReadOutline(std::string_view text, OutputOutline& outline) {
+  // Iterative, so that a deep text costs no stack. Most numbers are of no interest and stay texts.
+  constexpr unsigned kFlags = rapidjson::kParseIterativeFlag | rapidjson::kParseNumbersAsStringsFlag;
+  rapidjson::MemoryStream stream(text.data(), text.size());
+  OutlineHandler handler(outline);
+  rapidjson::Reader reader;
+  const rapidjson::ParseResult result = reader.Parse<kFlags>(stream, handler);
+  if (!result.IsError()) return std::nullopt;
+  return JsonError{rapidjson::GetParseError_En(result.Code()), result.Offset()};
+}
+
+}  // namespace tool

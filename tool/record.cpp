@@ -1,0 +1,114 @@
+// The command `vornel record`.
+#include "readers/read_scene.h"
+#include "readers/scene_writer.h"
+#include "tool/command_line.h"
+#include "tool/exit_codes.h"
+#include "tool/input_check.h"
+#include "tool/output_error.h"
+#include "tool/read_arguments.h"
+#include "tool/recorded_images.h"
+#include "tool/report.h"
+#include "tool/staging.h"
+
+#include <CLI/CLI.hpp>
+
+#include <csignal>
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct RecordArguments {
+  fs::path input;
+  fs::path output;
+  readers::ReadOptions reading;
+  readers::ArrayForm form = readers::ArrayForm::Text;
+  Verbosity verbosity = Verbosity::Normal;
+};
+
+std::vector<fs::path> WrittenFiles(const RecordArguments& arguments) {
+  std::vector<fs::path> written = {arguments.output};
+  if (arguments.form == readers::ArrayForm::Binary)
+    written.push_back(fs::path(arguments.output).replace_extension(".bin"));
+  return written;
+}
+
+// What is told of a staged file is true of the one that it was to become.
+std::string WithoutStaging(std::string text, const Staging& staging, const fs::path& output) {
+  const std::string staged = (staging.Directory() / "").string();
+  const std::size_t at = text.find(staged);
+  if (at != std::string::npos) text.replace(at, staged.size(), fs::path(output).replace_filename("").string());
+  return text;
+}
+
+void Record(const RecordArguments& arguments, const Report& report) {
+  const Staging staging(arguments.output);
+  for (const std::string& note : staging.Notes()) report.Note(note);
+  readers::ReadReport read;
+  headless::SceneData scene = readers::ReadScene(arguments.input, arguments.reading, read);
+  CheckInputStays(arguments.input, read.files, WrittenFiles(arguments));
+  for (const std::string& warning : read.warnings) report.Warning(warning);
+  ImageReport images;
+  MoveImagePaths(scene, arguments.output, read.temporaryImages, staging.Directory(), images);
+  for (const std::string& note : images.notes) report.Note(note);
+  for (const std::string& warning : images.warnings) report.Warning(warning);
+  try {
+    readers::WriteSceneFile(scene, staging.Directory() / arguments.output.filename(), arguments.form);
+  } catch (const readers::SceneWriteError& error) {
+    throw OutputError(WithoutStaging(error.what(), staging, arguments.output));
+  }
+  for (const fs::path& file : staging.MoveIntoPlace()) report.Note(file.string());
+}
+
+int RunRecord(const RecordArguments& arguments) {
+  // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
+  for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  const Report report(arguments.verbosity);
+  try {
+    Record(arguments, report);
+    return kDone;
+  } catch (const readers::InputError& error) {
+    report.Error(error.what());
+    return kInput;
+  } catch (const OutputError& error) {
+    report.Error(error.what());
+    return kOutput;
+  } catch (const std::system_error& error) {  // a file system that fails in between
+    report.Error(arguments.output.string() + ": " + error.what());
+    return kOutput;
+  } catch (const std::bad_alloc&) {
+    report.Error(arguments.output.string() + ": out of memory");
+    return kOutput;
+  }
+}
+
+}  // namespace
+
+RunCommand AddRecord(CLI::App& app) {
+  CLI::App& command = *app.add_subcommand("record", "Write a scene as a scene file.");
+  const auto arguments = std::make_shared<RecordArguments>();
+  command.add_option("input", arguments->input, kInputText)->required()->type_name("INPUT");
+  command.add_option("-o,--output", arguments->output, "scene file to write, ending in .orvo")
+      ->required()
+      ->type_name("OUTPUT");
+  AddReadOptions(command, arguments->reading);
+  command.add_flag_callback(
+      "--binary", [arguments] { arguments->form = readers::ArrayForm::Binary; },
+      "put large arrays into a .bin file beside it, which is read faster");
+  command.add_flag_callback(
+      "-q,--quiet", [arguments] { arguments->verbosity = Verbosity::Quiet; }, "show errors only");
+  command.callback([arguments] {
+    if (arguments->output.extension() != ".orvo")
+      throw CLI::ValidationError("--output", "'" + arguments->output.string() + "' does not end in .orvo");
+  });
+  return [arguments] { return RunRecord(*arguments); };
+}
+
+}  // namespace tool
