@@ -74,7 +74,7 @@ class WedgeRig {
       for (std::size_t k = 0; k < 2; ++k) {
         corner.missingUvs[k] = Below(4) == 0;
         corner.uvs[k] = {};
-        if (corner.missingUvs[k] == 0) corner.uvs[k] = {1, static_cast<float>(Number(2))};
+        if (corner.missingUvs[k] == 0) corner.uvs[k] = {0, static_cast<float>(Number(2))};
       }
       corner.colors[0] = {static_cast<float>(Number(2)), 0, 0, 1};
       values_.push_back(corner);
@@ -169,7 +169,7 @@ TEST(Wedges, MatchAPlainModel) {
     std::uint32_t triangles, points, spread, unknown;
   };
   // Few values a point, so many that lists go on in the hash table, and points that weren't seen.
-  const Case cases[] = {{1000, 40, 2, 0}, {3000, 2, 300, 0}, {300, 10, 2, 5}, {2, 3, 2, 1}};
+  const Case cases[] = {{1000, 40, 2, 0}, {3000, 2, 300, 0}, {300, 10, 2, 5}, {1000, 10, 2, 400}, {2, 3, 2, 1}};
   std::uint32_t seed = 1;
   for (const Case& c : cases) {
     SCOPED_TRACE(seed);
