@@ -55,8 +55,8 @@ package() { dpkg --root="$root" --log=/dev/null --force-depends --force-not-root
 package -i "$work"/packages/*.deb || fail "the packages can't be installed"
 "$root/usr/bin/vornel" export "$source/examples/room.orvo" -o "$work/again.glb" -q
 cmp "$work/room.glb" "$work/again.glb" || fail "the packaged command writes another file"
-for part in lib/*/vornel/vornel.zy libexec/vornel/vornel-import share/vornel/preview.html share/man/man1/vornel.1* \
-            include/vornel/headless/host.h lib/*/cmake/vornel/vornelConfig.cmake; do
+for part in lib/vornel/vornel.zy libexec/vornel/vornel-import share/vornel/preview.html share/man/man1/vornel.1* \
+            include/vornel/headless/host.h lib/cmake/vornel/vornelConfig.cmake; do
   ls "$root"/usr/$part >/dev/null || fail "the packages lack $part"
 done
 package -r vornel-dev vornel || fail "the packages can't be removed"
