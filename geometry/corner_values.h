@@ -1,8 +1,12 @@
-// Reads the values of a triangle's corners from the host.
+// Reads the values of corners from the host.
 #pragma once
 
 #include "geometry/scan_state.h"
 
-// Fills scan.corners with what the triangle's three corners have in each map. scan.polygonAccessor stands on the
-// polygon, `points` are the host's ids.
-void ReadCornerValues(MeshScanState& scan, ZyPolygonId polygon, const ZyPointId (&points)[3]);
+// Fills scan.corner with what the corner has in each map. scan.polygonAccessor stands on the polygon.
+void ReadCornerValues(MeshScanState& scan, ZyPolygonId polygon, ZyPointId point);
+
+// Decides for which maps the host shall give keys; for none when keys can't stand for a corner's values.
+void ChooseKeyMaps(MeshScanState& scan);
+// Fills scan.keys with those of a triangle's corners. False when there are none.
+bool ReadKeys(MeshScanState& scan, const ZyPointId (&points)[3]);

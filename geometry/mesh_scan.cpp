@@ -55,6 +55,17 @@ void RecordTriangle(MeshScanState& scan, const char* materialTag, const char* pa
   ++mesh.triangleCount;
 }
 
+void ScanTriangle(MeshScanState& scan, ZyPolygonId polygon, const ZyPointId (&points)[3]) {
+  const bool hasKeys = ReadKeys(scan, points);
+  for (std::size_t c = 0; c < 3; ++c) {
+    const std::uint32_t place = scan.pointIndexById.Find(points[c]);
+    const std::uint32_t* const keys = hasKeys ? &scan.keys[c * scan.keyMaps.size()] : nullptr;
+    if (keys && AddKnownCorner(scan, place, keys)) continue;
+    ReadCornerValues(scan, polygon, points[c]);
+    AddCorner(scan, place, keys);
+  }
+}
+
 }  // namespace
 
 GltfMesh* CreateMeshForItem(SaveState& state, const CZyUser_Item& item) {
@@ -98,10 +109,11 @@ GltfMesh* CreateMeshForItem(SaveState& state, const CZyUser_Item& item) {
   scan.currentMesh = mesh;
   scan.meshMapAccessor = maps;
   scan.polygonAccessor = polygon;
-  scan.triangleMaps.Set(polygon.Raw());
+  scan.valueKeys.Set(polygon.Raw());
   scan.pointAccessor = point;
   if (maps) DiscoverMeshMaps(state);
   if (counted > 0) mesh->positions.reserve(points);
+  ChooseKeyMaps(scan);
   frame.ScanPoints(*state.visitor);
   StartWedges(scan, static_cast<std::uint32_t>(corners));
   frame.ScanPolygons(*state.visitor);
@@ -138,8 +150,7 @@ void VisitScannedPolygon(SaveState& state) {
     ZyPointId points[3] = {0, 0, 0};
     current.TriangleByIndex(index, points);
     RecordTriangle(scan, materialTag, partTag);
-    ReadCornerValues(scan, polygon, points);
-    AddCorners(scan, points);
+    ScanTriangle(scan, polygon, points);
     ++scan.triangleCount;
   }
 }

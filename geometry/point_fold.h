@@ -23,6 +23,14 @@ class PointFold {
     return length < kLongest ? kNone : FindOverflow(point, same, hash());
   }
 
+  // The same without a look at the entries of a full list that stand in the hash table.
+  template <class Same>
+  std::uint32_t FindListed(std::uint32_t point, Same same) const {
+    for (std::uint32_t entry = heads_[point]; entry != kNone; entry = next_[entry])
+      if (same(entry)) return entry;
+    return kNone;
+  }
+
   // Adds an entry to the point; its number is the count of entries so far.
   template <class Hash>
   std::uint32_t Append(std::uint32_t point, Hash hash) {

@@ -30,7 +30,6 @@ struct TangentScan {
 // What the host says of one corner; colours and UVs have an entry per scan of their kind.
 struct CornerValues {
   std::array<double, 3> normal;  // not normalised
-  TangentBasis basis;            // of the tangent map that is being read
   std::uint32_t tangent = 0;     // index in the first tangent map
   std::vector<std::array<float, 4>> colors;
   std::vector<std::array<float, 2>> uvs;  // zeros when missing
@@ -50,7 +49,7 @@ struct MeshScanState {
   bool hasNormalMap = false;       // normalMapId is to be used
   CZyUser_MeshMap meshMapAccessor;
   CZyUser_Polygon polygonAccessor;
-  CZyUser_TriangleMaps triangleMaps;  // of polygonAccessor, when the host has them
+  CZyUser_ValueKeys valueKeys;  // of polygonAccessor, when the host has them
   CZyUser_Point pointAccessor;
   std::vector<UvScan> uvScans;
   std::vector<ColorScan> colorScans;
@@ -62,9 +61,13 @@ struct MeshScanState {
 
   PointFold wedgesOfPoint;
   std::vector<std::array<double, 3>> hostNormals;  // one per wedge, as the host gave it
-  std::array<CornerValues, 3> corners;             // of the triangle that is being read
+  CornerValues corner;                             // of the corner that is being read
   std::deque<CornerValues> waiting;                // for the place of a point, see wedges.h
-  CornerValues waited;                             // the one that got it
+
+  // By their keys most corners are known without a look at their values; empty when keys can't tell that.
+  std::vector<ZyMeshMapId> keyMaps;
+  std::vector<std::uint32_t> keys;         // of the triangle's corners, a row of keyMaps.size() each
+  std::vector<std::uint32_t> keysOfWedge;  // a row per wedge
 
   // One for each tangent map of each mesh so far; see tangent_table.h.
   std::vector<TangentTable> tangentValueTables;

@@ -39,8 +39,9 @@ std::uint64_t HashOf(const CornerValues& corner) {
   return hash;
 }
 
-// Apart from the fold of most corners, which it would slow down there.
-[[gnu::noinline]] std::uint32_t AddWedge(MeshScanState& scan, std::uint32_t place, const CornerValues& corner) {
+// `keys` is the corner's row of keys, null for none.
+std::uint32_t AddWedge(MeshScanState& scan, std::uint32_t place, const CornerValues& corner,
+                       const std::uint32_t* keys) {
   GltfMesh& mesh = *scan.currentMesh;
   mesh.positionIndex.push_back(place);
   mesh.normals.push_back(Normalised(corner.normal));
@@ -52,14 +53,26 @@ std::uint64_t HashOf(const CornerValues& corner) {
   for (std::size_t k = 0; k < scan.colorScans.size(); ++k)
     scan.colorScans[k].colorMap->data.push_back(corner.colors[k]);
   if (!scan.tangentScans.empty()) scan.tangentScans[0].tangentMap->indices.push_back(corner.tangent);
+  for (std::size_t m = 0; m < scan.keyMaps.size(); ++m)
+    scan.keysOfWedge.push_back(keys ? keys[m] : IZyValueKeys::kNoKey);
   return scan.wedgesOfPoint.Append(place, [&] { return HashOf(corner); });
 }
 
-void FoldCorner(MeshScanState& scan, std::uint32_t place, const CornerValues& corner) {
-  std::uint32_t wedge = scan.wedgesOfPoint.Find(
+std::uint32_t FindWedgeByKeys(const MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {
+  const std::size_t count = scan.keyMaps.size();
+  return scan.wedgesOfPoint.FindListed(place, [&](std::uint32_t wedge) {
+    const std::uint32_t* const known = &scan.keysOfWedge[wedge * count];
+    for (std::size_t m = 0; m < count; ++m)
+      if (keys[m] != known[m] || keys[m] == IZyValueKeys::kNoKey) return false;
+    return true;
+  });
+}
+
+std::uint32_t FoldCorner(MeshScanState& scan, std::uint32_t place, const CornerValues& corner,
+                         const std::uint32_t* keys) {
+  const std::uint32_t wedge = scan.wedgesOfPoint.Find(
       place, [&](std::uint32_t known) { return IsWedge(scan, known, corner); }, [&] { return HashOf(corner); });
-  if (wedge == PointFold::kNone) wedge = AddWedge(scan, place, corner);
-  scan.currentMesh->wedgeIndex.push_back(wedge);
+  return wedge == PointFold::kNone ? AddWedge(scan, place, corner, keys) : wedge;
 }
 
 template <class T, std::size_t N>
@@ -111,26 +124,30 @@ void StartWedges(MeshScanState& scan, std::size_t corners) {
     uv.missing.reserve(points);
   }
   for (ColorScan& color : scan.colorScans) color.colorMap->data.reserve(points);
-  for (CornerValues& corner : scan.corners) {
-    corner.colors.resize(scan.colorScans.size());
-    corner.uvs.resize(scan.uvScans.size());
-    corner.missingUvs.resize(scan.uvScans.size());
-  }
+  scan.corner.colors.resize(scan.colorScans.size());
+  scan.corner.uvs.resize(scan.uvScans.size());
+  scan.corner.missingUvs.resize(scan.uvScans.size());
+  scan.keysOfWedge.reserve(points * scan.keyMaps.size());
 }
 
-void AddCorners(MeshScanState& scan, const ZyPointId (&points)[3]) {
-  for (std::size_t c = 0; c < 3; ++c) {
-    const std::uint32_t place = scan.pointIndexById.Find(points[c]);
-    const CornerValues* corner = &scan.corners[c];
-    if (place == kUnknownPoint || !scan.waiting.empty()) {
-      scan.waiting.push_back(*corner);
-      if (place == kUnknownPoint) continue;
-      scan.waited = std::move(scan.waiting.front());
-      scan.waiting.pop_front();
-      corner = &scan.waited;
-    }
-    FoldCorner(scan, place, *corner);
+bool AddKnownCorner(MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {
+  if (place == kUnknownPoint || !scan.waiting.empty()) return false;
+  const std::uint32_t wedge = FindWedgeByKeys(scan, place, keys);
+  if (wedge == PointFold::kNone) return false;
+  scan.currentMesh->wedgeIndex.push_back(wedge);
+  return true;
+}
+
+void AddCorner(MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {
+  std::vector<std::uint32_t>& wedges = scan.currentMesh->wedgeIndex;
+  if (place != kUnknownPoint && scan.waiting.empty()) {
+    wedges.push_back(FoldCorner(scan, place, scan.corner, keys));
+    return;
   }
+  scan.waiting.push_back(scan.corner);
+  if (place == kUnknownPoint) return;
+  wedges.push_back(FoldCorner(scan, place, scan.waiting.front(), nullptr));
+  scan.waiting.pop_front();
 }
 
 void FinishWedges(MeshScanState& scan) {

@@ -106,7 +106,7 @@ class PointAccessor final : public HostObject<IZyPoint> {
   std::uint32_t point_ = kNone;
 };
 
-class PolygonAccessor final : public HostObject<IZyPolygon, IZyTriangleMaps> {
+class PolygonAccessor final : public HostObject<IZyPolygon, IZyValueKeys> {
  public:
   PolygonAccessor(std::shared_ptr<MeshStore> store, std::size_t& live)
       : HostObject(live),
@@ -179,14 +179,16 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyTriangleMaps> {
     return WriteValue(*view, view->cornerValues ? view->cornerValues[corner_] : kNone, value);
   }
 
-  zyresult MapEvaluateTriangle(ZyMeshMapId map, const ZyPointId (&points)[3], float* const (&values)[3],
-                               std::uint32_t& evaluated, std::uint32_t& stored) override {
-    const MapView* view = maps_.Find(map);
-    if (!view || !FindTriangle(points)) return ZYe_FAILED;
-    evaluated = 0;
-    for (std::uint32_t place = 0; place < 3; ++place)
-      if (WriteValue(*view, ValueAt(*view, triangle_[place]), values[place]) == ZYe_OK) evaluated |= 1u << place;
-    stored = evaluated;
+  zyresult TriangleKeys(const ZyPointId (&points)[3], const ZyMeshMapId* maps, std::uint32_t count,
+                        std::uint32_t* keys) override {
+    std::uint32_t corners[3];
+    if (polygon_ == kNone || !FindCorners(points, corners)) return ZYe_FAILED;
+    for (const std::uint32_t corner : corners) {
+      for (std::uint32_t map = 0; map < count; ++map) {
+        const MapView* view = maps_.Find(maps[map]);
+        *keys++ = view ? ValueAt(*view, corner) : kNoKey;
+      }
+    }
     return ZYe_OK;
   }
 
@@ -204,7 +206,6 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyTriangleMaps> {
     begin_ = starts_[polygon];
     size_ = starts_[polygon + 1] - begin_;
     corner_ = kNone;
-    hasTriangle_ = false;
     return ZYe_OK;
   }
 
@@ -221,15 +222,17 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyTriangleMaps> {
   // Makes the polygon's corner at the point current. The questions about a corner come in a row.
   bool FindCorner(ZyPointId id) { return (corner_ != kNone && id == cornerId_) || FindOtherCorner(id); }
 
-  [[gnu::noinline]] bool FindOtherCorner(ZyPointId id);
+  bool FindOtherCorner(ZyPointId id);
 
-  // The same for three corners; false when one of them isn't there.
-  bool FindTriangle(const ZyPointId (&ids)[3]) {
-    return (hasTriangle_ && std::equal(ids, ids + 3, triangleIds_)) || FindOtherTriangle(ids);
+  // False when one of them isn't there.
+  bool FindCorners(const ZyPointId (&ids)[3], std::uint32_t (&corners)[3]) {
+    for (std::size_t place = 0; place < 3; ++place) {
+      const std::uint32_t point = points_.Find(ids[place]);
+      corners[place] = point == kNone ? kNone : corners_.Find(polygon_, point);
+      if (corners[place] == kNone) return false;
+    }
+    return true;
   }
-
-  // Apart from the questions, most of which need no search.
-  [[gnu::noinline]] bool FindOtherTriangle(const ZyPointId (&ids)[3]);
 
   std::shared_ptr<MeshStore> store_;
   const MeshData& mesh_;
@@ -245,9 +248,6 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyTriangleMaps> {
   std::uint32_t size_ = 0;
   std::uint32_t corner_ = kNone;
   ZyPointId cornerId_ = 0;
-  bool hasTriangle_ = false;
-  std::uint32_t triangle_[3] = {};  // corners
-  ZyPointId triangleIds_[3] = {};
 };
 
 bool PolygonAccessor::FindOtherCorner(ZyPointId id) {
@@ -256,19 +256,6 @@ bool PolygonAccessor::FindOtherCorner(ZyPointId id) {
   corner_ = point == kNone ? kNone : corners_.Find(polygon_, point);
   cornerId_ = id;
   return corner_ != kNone;
-}
-
-bool PolygonAccessor::FindOtherTriangle(const ZyPointId (&ids)[3]) {
-  hasTriangle_ = false;
-  if (polygon_ == kNone) return false;
-  for (std::size_t place = 0; place < 3; ++place) {
-    const std::uint32_t point = points_.Find(ids[place]);
-    if (point == kNone) return false;
-    triangle_[place] = corners_.Find(polygon_, point);
-    if (triangle_[place] == kNone) return false;
-    triangleIds_[place] = ids[place];
-  }
-  return hasTriangle_ = true;
 }
 
 class MeshMapAccessor final : public HostObject<IZyMeshMap> {

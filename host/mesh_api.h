@@ -53,20 +53,21 @@ struct IZyPolygon : IZyObject {
   ~IZyPolygon() = default;
 };
 
-// What the accessor of a host may offer beside IZyPolygon: the answers for the three corners of a triangle at
-// once.
-struct IZyTriangleMaps : IZyObject {
+// What the polygon accessor of a host may offer beside IZyPolygon: which corners share a value, without the value.
+struct IZyValueKeys : IZyObject {
   static constexpr std::uint32_t kId = 0x205;
+  static constexpr std::uint32_t kNoKey = 0xFFFFFFFFu;
 
-  // Evaluates a map at the current polygon's corners of three points, as IZyPolygon::MapEvaluate does for each.
-  // Bit c of `evaluated`: values[c] was written. Bit c of `stored`: the polygon holds a value of its own at the
-  // corner, or the point does; that is, their two MapValue wouldn't both say ZYe_NO_VALUE. On failure nothing is
-  // written, and each corner is to be asked for alone.
-  virtual zyresult MapEvaluateTriangle(ZyMeshMapId map, const ZyPointId (&points)[3], float* const (&values)[3],
-                                       std::uint32_t& evaluated, std::uint32_t& stored) = 0;
+  // Keys of the values that maps have at the current polygon's corners of three points: keys[c * count + m] is
+  // that of maps[m] at points[c]. Where a map has the same key at two corners of one point,
+  // IZyPolygon::MapEvaluate has the same result at both and writes the same floats, bit for bit, and MapValue of
+  // the polygon or of the point finds a value at both or at none. kNoKey says nothing of the corner. On failure
+  // nothing is written.
+  virtual zyresult TriangleKeys(const ZyPointId (&points)[3], const ZyMeshMapId* maps, std::uint32_t count,
+                                std::uint32_t* keys) = 0;
 
  protected:
-  ~IZyTriangleMaps() = default;
+  ~IZyValueKeys() = default;
 };
 
 struct IZyMeshMap : IZyObject {

@@ -34,11 +34,11 @@ class CZyUser_Polygon : public CountedRef<IZyPolygon> {
   }
 };
 
-class CZyUser_TriangleMaps : public CountedRef<IZyTriangleMaps> {
+class CZyUser_ValueKeys : public CountedRef<IZyValueKeys> {
  public:
-  zyresult MapEvaluateTriangle(ZyMeshMapId map, const ZyPointId (&points)[3], float* const (&values)[3],
-                               std::uint32_t& evaluated, std::uint32_t& stored) const {
-    return Call(&IZyTriangleMaps::MapEvaluateTriangle, map, points, values, evaluated, stored);
+  zyresult TriangleKeys(const ZyPointId (&points)[3], const ZyMeshMapId* maps, std::uint32_t count,
+                        std::uint32_t* keys) const {
+    return Call(&IZyValueKeys::TriangleKeys, points, maps, count, keys);
   }
 };
 

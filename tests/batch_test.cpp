@@ -76,7 +76,7 @@ TEST_F(Batch, ExportsWhatExportDoes) {
   WriteFile("scenes/small.orvo", kSmall);
   const std::vector<std::string> lines = {
       R"({"input": ")" + kScene + R"(", "output": "a.glb"})", "",
-      R"({"input": "scenes/small.orvo", "output": "new/folder/b.gltf", "options": {"strict": true, "verbose": false,
+      R"({"input": "scenes/small.orvo", "output": "new/folder/b.gltf", "options": {"strict": false, "verbose": true,
           "indices": "auto", "image-root": ["scenes"], "import-timeout": 20, "unit": 2.5, "up-axis": "z",
           "set": {"sceneio.gltf.save.cameras": 0}, "report": "logs/b.json", "log": "logs/b.log"}})",
       "  \t\r"};
@@ -194,7 +194,6 @@ TEST_F(Batch, WhatIsDoneIsSkippedUntilSomethingChanges) {
     SCOPED_TRACE(one.why);
     EXPECT_EQ(RunAgain().exitCode, kDone);
     EXPECT_THAT(Statuses(), ElementsAre("1 skipped"));
-    EXPECT_THAT(RunAgain({"--dry-run"}).output, HasSubstr("out/a.gltf: done already"));
     const std::vector<std::string> force(one.why == std::string("--force") ? 1u : 0u, "--force");
     one.change();
     std::vector<std::string> dry = force;

@@ -54,7 +54,7 @@ class LoadOptionsCommand : public testing::Test {
     json.Parse(run.output.c_str());
     std::vector<std::string> shown;
     if (!json.IsObject()) return shown;
-    for (const auto& member : json.GetObject()) {
+    for (const auto& member : std::as_const(json).GetObject()) {
       const rapidjson::Value& value = member.value["value"];
       const std::string text = value.IsBool()  ? (value.GetBool() ? "true" : "false")
                                : value.IsInt() ? std::to_string(value.GetInt())

@@ -13,9 +13,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iterator>
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -31,17 +33,23 @@ using testing::IsEmpty;
 
 const fs::path kSource = VORNEL_SOURCE_DIR;
 
-SceneData Read(const fs::path& file) {
-  readers::ReadReport report;
-  return readers::ReadScene(file, report);
+struct ReadFile {
+  SceneData scene;
+  readers::ReadReport report;  // keeps images of the scene in place
+};
+
+ReadFile Read(const fs::path& file) {
+  ReadFile read;
+  read.scene = readers::ReadScene(file, read.report);
+  return read;
 }
 
 // The bytes of all files of an export, by name.
-std::map<std::string, std::string> Export(SceneData scene, const std::string& output) {
-  scene.userValues.try_emplace("sceneio.gltf.save.exportType", 0);
+std::map<std::string, std::string> Export(ReadFile file, const std::string& output) {
+  file.scene.userValues.try_emplace("sceneio.gltf.save.exportType", 0);
   tool::ImageReport ignored;
-  tool::SettleImagePaths(scene, {}, ignored);
-  const test_support::SaveRun run = test_support::RunSave(std::move(scene), output);
+  tool::SettleImagePaths(file.scene, {{}, file.report.temporaryImages}, ignored);
+  const test_support::SaveRun run = test_support::RunSave(std::move(file.scene), output);
   EXPECT_EQ(run.result, ZYe_OK);
   std::map<std::string, std::string> files;
   for (const fs::directory_entry& entry : fs::directory_iterator(run.output.parent_path()))
@@ -50,44 +58,49 @@ std::map<std::string, std::string> Export(SceneData scene, const std::string& ou
 }
 
 // Records the scene into a folder of its own and reads it back.
-SceneData Record(SceneData scene, const HostDirectory& directory, ArrayForm form) {
-  const fs::path file = directory / "recorded.orvo";
+ReadFile Record(ReadFile file, const HostDirectory& directory, ArrayForm form) {
+  const fs::path target = directory / "recorded.orvo";
   tool::ImageReport ignored;
-  tool::MoveImagePaths(scene, file, {}, directory.Path(), ignored);
-  WriteSceneFile(scene, file, form);
-  return Read(file);
+  tool::MoveImagePaths(file.scene, target, file.report.temporaryImages, directory.Path(), ignored);
+  WriteSceneFile(file.scene, target, form);
+  return Read(target);
 }
 
-void ExpectSameExports(const SceneData& scene) {
+void ExpectSameExports(const ReadFile& file) {
   const struct {
     const char* output;
     ArrayForm form;
   } kWays[] = {{"scene.glb", ArrayForm::Text}, {"scene.gltf", ArrayForm::Binary}};
   for (const auto& way : kWays) {
     const HostDirectory directory;
-    const auto direct = Export(scene, way.output);
-    const auto recorded = Export(Record(scene, directory, way.form), way.output);
+    const auto direct = Export(file, way.output);
+    const auto recorded = Export(Record(file, directory, way.form), way.output);
     EXPECT_TRUE(direct == recorded) << way.output << ": " << direct.size() << " and " << recorded.size()
                                     << " files";
   }
+}
+
+bool IsModel(const fs::path& file) {
+  constexpr std::string_view kExtensions[] = {".orvo", ".obj", ".fbx", ".dae", ".DAE", ".ply", ".stl"};
+  return std::find(std::begin(kExtensions), std::end(kExtensions), file.extension()) != std::end(kExtensions);
 }
 
 // Counts the scenes; those that can't be read, of which there are some on purpose, are passed over.
 std::size_t ExpectSameExportsBelow(const fs::path& folder) {
   std::vector<fs::path> files;
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder))
-    if (entry.path().extension() == ".orvo" || entry.path().extension() == ".obj") files.push_back(entry.path());
+    if (IsModel(entry.path())) files.push_back(entry.path());
   std::sort(files.begin(), files.end());
   std::size_t count = 0;
   for (const fs::path& file : files) {
     SCOPED_TRACE(file);
-    std::optional<SceneData> scene;
+    std::optional<ReadFile> read;
     try {
-      scene = Read(file);
+      read = Read(file);
     } catch (const readers::InputError&) {
       continue;
     }
-    ExpectSameExports(*scene);
+    ExpectSameExports(*read);
     ++count;
   }
   return count;
@@ -102,14 +115,14 @@ TEST(RecordedScene, ExportsRandomMeshesAsBefore) {
   for (std::uint32_t seed = 1; seed < 33; ++seed) {
     test_support::RandomMesh random(seed);
     SCOPED_TRACE(seed);
-    ExpectSameExports(test_support::MeshScene({random.Make(), random.Make()}));
+    ExpectSameExports({test_support::MeshScene({random.Make(), random.Make()}), {}});
   }
 }
 
 TEST(RecordedScene, ExportsModelsAsBefore) {
-  const fs::path models = kSource / "../shared/models/obj";
+  const fs::path models = kSource / "../shared/models";
   if (!fs::is_directory(models)) GTEST_SKIP() << "NO MODELS: there is no folder " << models;
-  EXPECT_GE(ExpectSameExportsBelow(models), 20u);
+  EXPECT_GE(ExpectSameExportsBelow(models), 40u);
 }
 
 std::string PathOfImage(const SceneData& scene) {
@@ -173,18 +186,22 @@ TEST(RecordedImages, CopiesTemporaryOnes) {
   root.WriteFile("private/2/wood.png", kPng + "two");
   root.WriteFile("private/3/wood.png", kPng + "three");
   root.WriteFile("private/4/same.png", kPng + "same");
+  root.WriteFile("elsewhere/t.tga", "no beginning of its own");
   root.WriteFile("out/same.png", kPng + "same");
+  const std::string absolute = (root / "elsewhere/t.tga").string();
   const std::vector<fs::path> temporary = {root / "private/1/new.bin", root / "private/2/wood.png",
-                                           root / "private/3/wood.png", root / "private/4/same.png"};
+                                           root / "private/3/wood.png", root / "private/4/same.png", absolute};
   SceneData scene = headless::MakeScene();
   scene.directory = (root / "private").string();
-  for (const std::string path : {"1/new.bin", "2/wood.png", "3/wood.png", "2/wood.png", "4/same.png"})
+  const std::vector<std::string> images = {"1/new.bin",  "2/wood.png", "3/wood.png",
+                                           "2/wood.png", "4/same.png", absolute};
+  for (const std::string& path : images)
     scene.items[static_cast<std::size_t>(headless::AddItem(scene, "imageMap", "I"))].imagePath = path;
   tool::ImageReport report;
   tool::MoveImagePaths(scene, root / "out/new.orvo", temporary, staging.Path(), report);
   std::vector<std::string> paths;
   for (std::size_t item = 1; item < scene.items.size(); ++item) paths.push_back(*scene.items[item].imagePath);
-  EXPECT_THAT(paths, ElementsAre("new-2.bin", "wood.png", "wood-2.png", "wood.png", "same.png"));
+  EXPECT_THAT(paths, ElementsAre("new-2.bin", "wood.png", "wood-2.png", "wood.png", "same.png", "t.tga"));
   EXPECT_EQ(ReadWholeFile(staging / "wood-2.png"), kPng + "three");
 }
 

@@ -132,6 +132,7 @@ void BatchChildren::EndAll() {
   for (const pid_t process : running_) {
     while (!HasEnded(process) && Clock::now() < limit) std::this_thread::sleep_for(kLookEvery);
     if (!HasEnded(process)) kill(process, SIGKILL);
+    waitpid(process, nullptr, 0);
   }
 }
 

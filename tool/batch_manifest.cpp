@@ -110,8 +110,7 @@ void ManifestReader::ReadLine(BatchLine& line) {
   line.input = PathIn(json, "input");
   line.output = PathIn(json, "output");
   const Json none(rapidjson::kObjectType);
-  const auto given = json.FindMember("options");
-  const Json& options = given == json.MemberEnd() ? none : given->value;
+  const Json& options = json.HasMember("options") ? json["options"] : none;
   line.arguments = options_.Parse(line.input, line.output, options);
   line.options = JsonText(options);
 

@@ -1,8 +1,7 @@
 #include "tool/batch_record.h"
 
-#include "readers/foreign_reader.h"
+#include "readers/program_files.h"
 #include "tool/content_hash.h"
-#include "tool/module_loader.h"
 #include "tool/output_error.h"
 #include "tool/staging.h"
 
@@ -57,8 +56,8 @@ struct Program {
 // Whatever turns the input into the output.
 std::vector<Program> ProgramsOf(const ExportArguments& arguments) {
   return {{"command", "/proc/self/exe"},
-          {"importer", readers::ImporterPath()},
-          {"module", arguments.module.empty() ? DefaultModulePath() : arguments.module}};
+          {"importer", readers::ImporterFile()},
+          {"module", arguments.module.empty() ? readers::ModuleFile() : arguments.module}};
 }
 
 class RecordText {
@@ -150,7 +149,8 @@ bool HasSamePrograms(const Json& record, const BatchLine& line) {
 bool HasSameOptions(const Json& record, const BatchLine& line) {
   rapidjson::Document options;
   options.Parse(line.options.data(), line.options.size());
-  return record.HasMember("options") && record["options"] == options;
+  const Json& now = options;  // a document compared with a value would compare itself for ever in C++20
+  return record.HasMember("options") && record["options"] == now;
 }
 
 using FileTime = std::pair<std::int64_t, std::int64_t>;
@@ -176,7 +176,8 @@ std::optional<std::string> WhyToExport(const BatchLine& line) {
   const std::string text{std::istreambuf_iterator<char>(stream), {}};
   rapidjson::Document record;
   record.Parse(text.data(), text.size());
-  if (record.HasParseError() || !record.IsObject() || !record.HasMember("record") || record["record"] != kVersion)
+  if (record.HasParseError() || !record.IsObject() || !record.HasMember("record") || !record["record"].IsInt() ||
+      record["record"].GetInt() != kVersion)
     return "its record can't be read";
   if (!HasSamePrograms(record, line)) return "another vornel made it";
   if (!IsText(record, "input", line.input) || !HasSameOptions(record, line)) return "its line changed";

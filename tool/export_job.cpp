@@ -285,7 +285,7 @@ ExportOutcome ExportScene(const ExportArguments& arguments, const Report& report
   if (failure) {
     outcome.exitCode = failure->exitCode;
     outcome.error = failure->text;
-    outcome.written.reset();
+    if (outcome.files.empty()) outcome.written.reset();  // else a page beside it failed
     report.Error(failure->text);
   }
   outcome.messages = report.Messages();

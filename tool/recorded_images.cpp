@@ -115,7 +115,7 @@ std::string ImageMover::Copy(const fs::path& file) {
 
 void MoveImagePaths(headless::SceneData& scene, const fs::path& target, const std::vector<fs::path>& temporary,
                     const fs::path& staging, ImageReport& report) {
-  SettleImagePaths(scene, {}, report);
+  SettleImagePaths(scene, {{}, temporary}, report);
   ImageMover mover(scene.directory, target, temporary, staging);
   std::map<std::string, std::string> moved;
   for (headless::ItemData& item : scene.items) {

@@ -40,12 +40,12 @@ class PolygonPart final : public Part<IZyPolygon> {
   }
 };
 
-class TriangleMapsPart final : public Part<IZyTriangleMaps> {
+class ValueKeysPart final : public Part<IZyValueKeys> {
  public:
-  using Part<IZyTriangleMaps>::Part;
-  zyresult MapEvaluateTriangle(ZyMeshMapId map, const ZyPointId (&points)[3], float* const (&values)[3],
-                               std::uint32_t& evaluated, std::uint32_t& stored) override {
-    return Call(&IZyTriangleMaps::MapEvaluateTriangle, map, points, values, evaluated, stored);
+  using Part<IZyValueKeys>::Part;
+  zyresult TriangleKeys(const ZyPointId (&points)[3], const ZyMeshMapId* maps, std::uint32_t count,
+                        std::uint32_t* keys) override {
+    return Call(&IZyValueKeys::TriangleKeys, points, maps, count, keys);
   }
 };
 
@@ -104,7 +104,7 @@ class DeformerServicePart final : public Part<IZyDeformerService> {
   }
 };
 
-constexpr PartRow kParts[] = {RowOf<PointPart>(),          RowOf<PolygonPart>(), RowOf<TriangleMapsPart>(),
+constexpr PartRow kParts[] = {RowOf<PointPart>(),          RowOf<PolygonPart>(), RowOf<ValueKeysPart>(),
                               RowOf<MeshMapPart>(),        RowOf<MeshPart>(),    RowOf<GroupDeformerPart>(),
                               RowOf<DeformerServicePart>()};
 
