@@ -165,11 +165,12 @@ void SceneItems::GiveIds() {
   for (const ItemIndex index : nameless) {
     const std::string plain = PlainId(index);
     const bool isShared = sources_[At(index)].kind == Kind::Item && ambiguous_[plain] > 1;
-    std::string id = plain;
+    std::string& id = scene_.items[At(index)].id;
+    id = plain;
+    if (!isShared && byId_.try_emplace(plain, index).second) continue;
     int& number = numbers[plain];
-    while ((isShared && id == plain) || byId_.count(id) > 0) id = fmt::format("{}#{}", plain, ++number);
-    scene_.items[At(index)].id = id;
-    byId_.emplace(id, index);
+    do id = fmt::format("{}#{}", plain, ++number);
+    while (!byId_.try_emplace(id, index).second);
   }
   for (auto entry = ambiguous_.begin(); entry != ambiguous_.end();) {
     entry = entry->second > 1 && own.count(entry->first) == 0 ? std::next(entry) : ambiguous_.erase(entry);

@@ -5,11 +5,11 @@ cd "$(dirname "$0")/.."
 
 packages=(g++ clang cmake ninja-build ccache nodejs npm chromium
           rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev libxxhash-dev
-          libassimp-dev libseccomp-dev libpng-dev pkg-config
+          libjemalloc-dev libassimp-dev libseccomp-dev libpng-dev pkg-config
           libgtest-dev libgmock-dev libbenchmark-dev)
 # What the tests with other programs need besides: a scheduler and a runner of jobs, a counter of instructions, the
 # reader of manual pages, the maker of packages.
-if [ "${1:-}" = --with-npm ]; then packages+=(slurm-wlm munge parallel valgrind man-db dpkg-dev); fi
+if [ "${1:-}" = --with-npm ]; then packages+=(slurm-wlm munge parallel valgrind python3 man-db dpkg-dev); fi
 
 missing=()
 for package in "${packages[@]}"; do

@@ -11,6 +11,7 @@ jobs=$(nproc)
 cmake --preset release >/dev/null
 cmake --build --preset release
 ctest --preset release -j "$jobs"
+scripts/check_instructions.sh
 
 cmake --preset asan -DVORNEL_BENCH=OFF >/dev/null
 cmake --build --preset asan

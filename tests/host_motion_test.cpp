@@ -332,6 +332,35 @@ TEST(Links, DriveNumbers) {
     EXPECT_EQ(rig.Number(item, name, State::Evaluated), 1) << "in a circle a channel keeps its own value";
 }
 
+// Numbers along a chain are kept from one question to the next, so each state must be told from the others.
+TEST(Links, AChainFollowsTimeLayerAndClips) {
+  constexpr int kLength = 300;
+  SceneData scene = MakeScene();
+  const ItemIndex item = AddItem(scene, "locator", "driven");
+  const auto name = [](int place) { return "c" + std::to_string(place); };
+  for (int place = 0; place <= kLength; ++place) SetChannel(At(scene, item), name(place), 0.0);
+  ChannelOf(scene, item, name(0)).envelope = Keys({{0, 0}, {1, 100}});
+  for (int place = kLength; place > 0; --place)
+    scene.channelLinks.push_back({Ref(scene, item, name(place - 1)), Ref(scene, item, name(place)), 1, 1});
+  const ItemIndex clip = AddItem(scene, "actionclip", "clip");
+  At(scene, clip).clip->channels = {{Ref(scene, item, name(0)), ChannelValue(1000.0)}};
+  const HostRig rig(scene);
+  const auto expectStarts = [&](double early, double late, double bind) {
+    for (const int place : {kLength / 2, kLength, 1, kLength}) {
+      EXPECT_EQ(rig.Number(item, name(place), State::Evaluated, 0.25), early + place);
+      EXPECT_EQ(rig.Number(item, name(place), State::Evaluated, 0.75), late + place);
+      EXPECT_EQ(rig.Number(item, name(place), State::Bind), bind + place);
+    }
+  };
+  expectStarts(25, 75, 0);
+  CZyUser_ActionClip active;
+  ASSERT_TRUE(active.Set(rig.Item(clip).Raw()));
+  active.SetActive(1);
+  expectStarts(1000, 1000, 0);
+  active.SetActive(0);
+  expectStarts(25, 75, 0);
+}
+
 // What a target's world becomes when one of its matrices is driven by the source's matrix of the same name.
 TEST(Links, DriveMatrices) {
   SceneData scene = MakeScene();

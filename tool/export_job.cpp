@@ -1,8 +1,8 @@
 #include "tool/export_job.h"
 
 #include "headless/host.h"
-#include "headless/module_loader.h"
 #include "headless/host_paths.h"
+#include "headless/module_loader.h"
 #include "readers/program_files.h"
 #include "readers/read_scene.h"
 #include "tool/export_plan.h"
@@ -23,6 +23,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <future>
 #include <new>
 #include <optional>
 #include <set>
@@ -55,7 +56,7 @@ class ExportRun {
   void SaveLogged(headless::Host& host, const fs::path& file);
   void Save(headless::Host& host, const fs::path& file);
   void NoteMessage(const headless::LogLine& line);
-  void Check(const headless::Host& host, const fs::path& file);
+  void Check(const headless::Host& host, const Staging& staging);
   void MoveIntoPlace(const Staging& staging);
   void WritePage();
   void AddNotCarried(NotCarried entry);
@@ -94,7 +95,7 @@ void ExportRun::ExportToFile() {
   headless::Host host(ReadInput());
   SaveLogged(host, staging.File());
   stages_.Begin(Stage::Verifying);
-  Check(host, staging.File());
+  Check(host, staging);
   stages_.Begin(Stage::Moving);
   MoveIntoPlace(staging);
 }
@@ -199,10 +200,13 @@ void ExportRun::Save(headless::Host& host, const fs::path& file) {
         FindWriteFault(file).value_or(fmt::format("code 0x{:08X}", static_cast<std::uint32_t>(result)))));
 }
 
-void ExportRun::Check(const headless::Host& host, const fs::path& file) {
+void ExportRun::Check(const headless::Host& host, const Staging& staging) {
+  // The disk takes the files in while they are read back, and leaves little to wait for before they are moved. A
+  // failure shows again there.
+  const auto flushed = std::async([&staging] { staging.Flush(); });
   try {
     const auto told = [this](double share) { stages_.SetDone(Stage::Verifying, share); };
-    outcome_.written = CountWritten(CheckOutput(file, host.Data(), told));
+    outcome_.written = CountWritten(CheckOutput(staging.File(), host.Data(), told));
   } catch (const WriteFault& fault) {
     throw OutputError(arguments_.output.string() + ": not written: " + fault.what());
   }

@@ -52,7 +52,7 @@ class DocumentCheck {
 
   void Parse() {
     const std::string_view json = TextOf(document_.json);
-    const std::optional<JsonError> error = ReadOutline(json, document_.outline);
+    const std::optional<JsonError> error = ReadOutline(std::string(json), document_.outline);
     if (!error) return;
     if (const std::optional<CutJson> cut = CompleteCutJson(json)) {
       const rapidjson::Document completed = ParseTree(cut->text);

@@ -64,7 +64,7 @@ struct JsonError {
   std::size_t offset = 0;  // bytes
 };
 
-// Fills an empty outline in one pass over the text. A tree of the text would take several times its memory.
-std::optional<JsonError> ReadOutline(std::string_view text, OutputOutline& outline);
+// Fills an empty outline in one pass over the text. A tree of it would take several times its memory.
+std::optional<JsonError> ReadOutline(std::string text, OutputOutline& outline);
 
 }  // namespace tool

@@ -139,10 +139,14 @@ Staging::~Staging() {
   close(lock_);
 }
 
+void Staging::Flush() const {
+  for (const fs::directory_entry& entry : fs::directory_iterator(Directory())) FlushToDisk(entry.path());
+}
+
 std::vector<fs::path> Staging::MoveIntoPlace() const {
+  Flush();
   std::vector<Move> moves;
   for (const fs::directory_entry& entry : fs::directory_iterator(Directory())) {
-    FlushToDisk(entry.path());
     if (entry.path().filename() != stagedName_)
       moves.push_back({entry.path(), DirectoryOf(target_) / entry.path().filename(), {}});
   }

@@ -31,6 +31,9 @@ class Staging {
   // A line for each file of a killed run that was put back as it had been before it.
   const std::vector<std::string>& Notes() const { return notes_; }
 
+  // Puts what was written to that directory so far on the disk. Throws std::filesystem::filesystem_error.
+  void Flush() const;
+
   // Flushes every file of that directory and moves it beside the target, the target itself last, replacing what
   // stands there. A file beside the target that holds the very same bytes is left alone: it may be the source of
   // the copy. When a move fails the files moved before are put back as they were, and OutputError is thrown.
