@@ -52,6 +52,7 @@ struct Damage {
 };
 
 constexpr std::size_t kAnywhere = std::string::npos;
+constexpr char kDeep[] = "[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[[";
 constexpr char kNan[] = "\xFF\xFF\xFF\x7F";
 
 constexpr Damage kDamages[] = {
@@ -60,6 +61,7 @@ constexpr Damage kDamages[] = {
     {"meshes", 14, "", "\xFF", "JSON chunk reaches beyond"},
     {"meshes", kAnywhere, "BIN", "BIX", "binary chunk"},
     {"meshes", kAnywhere, "\"scenes\"", "\"scenes\"\x01", "its JSON is broken"},
+    {"meshes", 20, "", kDeep, "Nested too deeply"},
     {"meshes", kAnywhere, "\"buffers\":[{\"byteLength\":1", "\"buffers\":[{\"byteLength\":9", "its buffer has"},
     {"meshes", kAnywhere, "\"byteOffset\":17", "\"byteOffset\":97", "reaches beyond the buffer"},
     {"meshes", kAnywhere, "\"count\":", "\"count\":9", "reaches beyond its buffer view"},

@@ -201,15 +201,15 @@ void ExportRun::Save(headless::Host& host, const fs::path& file) {
 }
 
 void ExportRun::Check(const headless::Host& host, const Staging& staging) {
-  // The disk takes the files in while they are read back, and leaves little to wait for before they are moved. A
-  // failure shows again there.
-  const auto flushed = std::async([&staging] { staging.Flush(); });
+  // The disk takes the files in while they are read back, and leaves little to wait for before they are moved.
+  std::future<void> flushed = std::async([&staging] { staging.Flush(); });
   try {
     const auto told = [this](double share) { stages_.SetDone(Stage::Verifying, share); };
     outcome_.written = CountWritten(CheckOutput(staging.File(), host.Data(), told));
   } catch (const WriteFault& fault) {
     throw OutputError(arguments_.output.string() + ": not written: " + fault.what());
   }
+  flushed.get();  // the system tells of a failure once, to whoever flushes first
 }
 
 void ExportRun::MoveIntoPlace(const Staging& staging) {

@@ -32,6 +32,7 @@ enum class Field {
 
 // An element of an array under the root is three levels deep, what it holds in arrays five.
 constexpr int kElement = 3, kPart = 5, kPartMember = 6;
+constexpr int kDeepest = 64;  // glTF without extensions ends at a tenth of it
 
 struct FieldRow {
   OutputArray array;
@@ -83,16 +84,13 @@ class OutlineHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Ou
   explicit OutlineHandler(OutputOutline& outline) : outline_(outline) {}
 
   bool StartObject() {
-    ++depth_;
+    if (!Enter()) return false;
     if (depth_ == kElement) AddElement();
     if (depth_ == kPart && array_ == Meshes) ++outline_.primitives;
     return true;
   }
   bool EndObject(rapidjson::SizeType) { return Leave(); }
-  bool StartArray() {
-    ++depth_;
-    return true;
-  }
+  bool StartArray() { return Enter(); }
   bool EndArray(rapidjson::SizeType) { return Leave(); }
 
   bool Key(const char* text, rapidjson::SizeType size, bool) {
@@ -118,6 +116,7 @@ class OutlineHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Ou
   }
 
  private:
+  bool Enter() { return ++depth_ <= kDeepest; }
   bool Leave() {
     --depth_;
     field_ = Field::None;
@@ -181,13 +180,16 @@ class OutlineHandler : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Ou
 }  // namespace
 
 std::optional<JsonError> ReadOutline(std::string text, OutputOutline& outline) {
-  // In the text itself, and by recursion, which takes less than half the time; glTF is a few levels deep.
+  // In the text itself, and by recursion, which takes less than half the time.
   rapidjson::InsituStringStream stream(text.data());
   OutlineHandler handler(outline);
   rapidjson::Reader reader;
   const rapidjson::ParseResult result = reader.Parse<rapidjson::kParseInsituFlag>(stream, handler);
-  if (!result.IsError()) return std::nullopt;
-  return JsonError{rapidjson::GetParseError_En(result.Code()), result.Offset()};
+  if (result.Code() == rapidjson::kParseErrorTermination) return JsonError{"Nested too deeply.", result.Offset()};
+  if (result.IsError()) return JsonError{rapidjson::GetParseError_En(result.Code()), result.Offset()};
+  if (stream.Tell() < text.size())
+    return JsonError{"A zero byte.", stream.Tell()};  // the reader takes it for the end
+  return std::nullopt;
 }
 
 }  // namespace tool
