@@ -43,9 +43,11 @@ void CollectTags(SaveState& state, GltfMesh& mesh) {
 void AppendTriangle(InsertionMap<std::string, std::vector<std::uint32_t>>& polygonsByTag, TagCursor& cursor,
                     const char* tag, std::uint32_t triangle) {
   if (!tag) return;
-  // Entries stay where they are while the map grows.
-  if (tag != cursor.text) cursor = {tag, &polygonsByTag.try_emplace(tag).first.value()};
-  cursor.triangles->push_back(triangle);
+  if (tag != cursor.text) {
+    const auto entry = polygonsByTag.try_emplace(tag).first;
+    cursor = {tag, static_cast<std::size_t>(entry - polygonsByTag.begin())};
+  }
+  polygonsByTag.nth(cursor.place).value().push_back(triangle);
 }
 
 void RecordTriangle(MeshScanState& scan, const char* materialTag, const char* partTag) {

@@ -8,6 +8,9 @@
 
 namespace {
 
+// Corners of a mesh whose tables get room for a wedge each.
+constexpr std::size_t kSmallMesh = 64;
+
 std::array<double, 3> Normalised(const std::array<double, 3>& v) {
   const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
   if (length > 0) return {v[0] / length, v[1] / length, v[2] / length};
@@ -114,20 +117,22 @@ void UnifyZerosOfPoints(const GltfMesh& mesh, UvScan& uv) {
 void StartWedges(MeshScanState& scan, std::size_t corners) {
   GltfMesh& mesh = *scan.currentMesh;
   const std::size_t points = mesh.positions.size();
-  scan.wedgesOfPoint = PointFold(points);
+  // Most meshes have few points with more than one wedge; those with many are small, boxes for instance.
+  const std::size_t wedges = std::max(points, std::min(corners, kSmallMesh));
+  scan.wedgesOfPoint = PointFold(points, wedges);
   mesh.wedgeIndex.reserve(corners);
-  mesh.positionIndex.reserve(points);  // most meshes have few points with more than one wedge
-  mesh.normals.reserve(points);
-  scan.hostNormals.reserve(points);
+  mesh.positionIndex.reserve(wedges);
+  mesh.normals.reserve(wedges);
+  scan.hostNormals.reserve(wedges);
   for (UvScan& uv : scan.uvScans) {
-    uv.uvMap->data.reserve(points);
-    uv.missing.reserve(points);
+    uv.uvMap->data.reserve(wedges);
+    uv.missing.reserve(wedges);
   }
-  for (ColorScan& color : scan.colorScans) color.colorMap->data.reserve(points);
+  for (ColorScan& color : scan.colorScans) color.colorMap->data.reserve(wedges);
   scan.corner.colors.resize(scan.colorScans.size());
   scan.corner.uvs.resize(scan.uvScans.size());
   scan.corner.missingUvs.resize(scan.uvScans.size());
-  scan.keysOfWedge.reserve(points * scan.keyMaps.size());
+  scan.keysOfWedge.reserve(wedges * scan.keyMaps.size());
 }
 
 bool AddKnownCorner(MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {

@@ -124,7 +124,8 @@ std::string LineAndColumn(std::string_view text, std::size_t offset) {
 
 void Fail(const Json& value, std::string reason) { throw JsonFault{&value, std::move(reason), {}}; }
 
-void ParseJson(std::string_view text, const std::string& file, LongLists longLists, rapidjson::Document& document) {
+void ParseJson(std::string_view text, const std::string& file, LongLists longLists,
+               rapidjson::Document& document) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   TreeGenerator generator{text, longLists, {}, 0};
@@ -161,13 +162,15 @@ std::string JsonPlace(const Json& root, const JsonFault& fault) {
   return place + fault.below;
 }
 
-const Json* Find(const Json& object, const char* key) {
+const Json* Find(const Json& object, std::string_view key) {
   if (!object.IsObject()) Fail(object, "expected an object");
-  const auto member = object.FindMember(key);
-  return member == object.MemberEnd() ? nullptr : &member->value;
+  // Most keys that are asked for aren't there, and their lengths tell that.
+  for (auto member = object.MemberBegin(); member != object.MemberEnd(); ++member)
+    if (member->name.GetStringLength() == key.size() && member->name.GetString() == key) return &member->value;
+  return nullptr;
 }
 
-const Json& Require(const Json& object, const char* key) {
+const Json& Require(const Json& object, std::string_view key) {
   const Json* value = Find(object, key);
   if (!value) Fail(object, "key \"" + std::string(key) + "\" is missing");
   return *value;
