@@ -91,7 +91,7 @@ class PointAccessor final : public HostObject<IZyPoint> {
     const std::uint32_t corner = corners_.Find(polygon, point_);
     if (corner == kNone) return ZYe_FAILED;
     if (!normals_) normals_ = store_->CornerNormals();
-    const double* from = normals_ + std::size_t{3} * corner;
+    const double* from = normals_.get() + std::size_t{3} * corner;
     for (int axis = 0; axis < 3; ++axis) normal[axis] = from[axis];
     return ZYe_OK;
   }
@@ -99,7 +99,7 @@ class PointAccessor final : public HostObject<IZyPoint> {
  private:
   std::shared_ptr<MeshStore> store_;
   const float* positions_;
-  const double* normals_ = nullptr;
+  std::shared_ptr<const double> normals_;
   MapFinder maps_;
   PointFinder points_;
   CornerFinder corners_;
