@@ -1,6 +1,7 @@
 #include "tool/batch_children.h"
 
 #include "tool/batch_task.h"
+#include "tool/screen.h"
 
 #include <fmt/core.h>
 #include <sys/mman.h>
@@ -116,7 +117,7 @@ ChildOutcome OutcomeOf(const BatchLine& line, const Streams& streams, int status
   }
   std::istringstream stream(streams.errors.Text());
   for (std::string text; std::getline(stream, text);)
-    if (text != kErrorPrefix + result.error) outcome.messages.push_back(text);
+    if (text != PlainText(kErrorPrefix + result.error)) outcome.messages.push_back(text);
   return outcome;
 }
 

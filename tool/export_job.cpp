@@ -75,6 +75,9 @@ class ExportRun {
 void CheckName(const fs::path& target) {
   if (fs::absolute(target).string().find('\\') != std::string::npos)
     throw OutputError(target.string() + ": a path with a backslash can't be written");
+  std::error_code error;
+  if (!fs::exists(fs::symlink_status(target, error)) && error == std::errc::filename_too_long)
+    throw OutputError(target.string() + ": " + error.message());
 }
 
 // The name as the savers write it: they know the extension in lower case alone.
@@ -101,16 +104,27 @@ void ExportRun::ExportToFile() {
 }
 
 headless::SceneData ExportRun::ReadInput() {
-  headless::SceneData scene = readers::ReadScene(arguments_.input, arguments_.reading, read_);
-  outcome_.sources = {arguments_.input};
-  for (const std::vector<fs::path>* files : {&read_.files, &read_.missing})
-    outcome_.sources.insert(outcome_.sources.end(), files->begin(), files->end());
+  const auto noteSources = [this] {
+    outcome_.sources = {arguments_.input};
+    for (const std::vector<fs::path>* files : {&read_.files, &read_.missing})
+      outcome_.sources.insert(outcome_.sources.end(), files->begin(), files->end());
+  };
+  headless::SceneData scene;
+  try {
+    scene = readers::ReadScene(arguments_.input, arguments_.reading, read_);
+  } catch (...) {
+    noteSources();
+    throw;
+  }
+  noteSources();
   CheckInputStays(arguments_.input, read_.files, WrittenFiles());
   for (const std::string& warning : read_.warnings) {
     report_.Warning(warning);
     AddNotCarried({"", "input", warning, ""});
   }
   SetUserValues(scene);
+  if (const std::optional<std::string> fault = FindTimeFault(scene))
+    throw readers::InputError(arguments_.input.string() + ": /time: " + *fault);
   SettleImages(scene);
   if (scene.userValues[kExportType] == kExportAll)
     for (NotCarried& entry : NotCarriedByKind(scene)) AddNotCarried(std::move(entry));
@@ -136,14 +150,15 @@ void ExportRun::SetUserValues(headless::SceneData& scene) {
 void ExportRun::SettleImages(headless::SceneData& scene) {
   ImageReport images;
   SettleImagePaths(scene, {arguments_.imageRoots, read_.temporaryImages}, images);
+  const std::vector<fs::path>& own = read_.temporaryImages;
+  for (fs::path& file : images.files)
+    if (std::find(own.begin(), own.end(), file) == own.end()) outcome_.sources.push_back(std::move(file));
+  CheckInputStays(arguments_.input, ImageFiles(scene), WrittenFiles());
   if (KindOf(arguments_.output) == OutputKind::Gltf) {
     const fs::path staged = fs::path(arguments_.output).replace_filename(StagedName(arguments_.output));
     CheckImageCopies(scene, arguments_.output, arguments_.input, images);
     if (staged != arguments_.output) CheckImageCopies(scene, staged, arguments_.input, images);
   }
-  const std::vector<fs::path>& own = read_.temporaryImages;
-  for (fs::path& file : images.files)
-    if (std::find(own.begin(), own.end(), file) == own.end()) outcome_.sources.push_back(std::move(file));
   for (const std::string& note : images.notes) report_.Note(note);
   for (const std::string& warning : images.warnings) {
     report_.Warning(warning);
@@ -307,7 +322,9 @@ ExportOutcome RunExport(const ExportArguments& arguments, const Report& report) 
     outcome = ExportScene(arguments, report);
     if (outcome.written)
       for (const std::string& line : ReportTable(outcome)) report.Note(line);
-    if (file) file->Write(ReportJson(arguments, outcome));
+    if (!file) return;
+    CheckInputStays(arguments.input, outcome.sources, {arguments.reportFile});
+    file->Write(ReportJson(arguments, outcome));
   });
   if (!failure) return outcome;
   report.Error(failure->text);

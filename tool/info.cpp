@@ -3,6 +3,7 @@
 #include "tool/exit_codes.h"
 #include "tool/read_arguments.h"
 #include "tool/report.h"
+#include "tool/screen.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
@@ -37,11 +38,11 @@ std::string MapTypeName(std::uint32_t type) {
 
 void PrintMesh(const ItemData& item) {
   const MeshData& mesh = *item.mesh;
-  fmt::print("  {}: {} points, {} polygons, {} polygon corners\n", item.name, mesh.PointCount(),
+  fmt::print("  {}: {} points, {} polygons, {} polygon corners\n", PlainText(item.name), mesh.PointCount(),
              mesh.PolygonCount(), mesh.polygonPoints.size());
   for (const headless::MeshMapData& map : mesh.maps)
-    fmt::print("    {} \"{}\"\n", MapTypeName(map.type), map.name);
-  for (const std::string& tag : mesh.material.texts) fmt::print("    material \"{}\"\n", tag);
+    fmt::print("    {} \"{}\"\n", PlainText(MapTypeName(map.type)), PlainText(map.name));
+  for (const std::string& tag : mesh.material.texts) fmt::print("    material \"{}\"\n", PlainText(tag));
 }
 
 std::size_t CountKeyedChannels(const SceneData& scene) {
@@ -55,13 +56,13 @@ void PrintScene(const SceneData& scene) {
   std::map<std::string, std::size_t> byType;
   for (const ItemData& item : scene.items) ++byType[item.type];
   fmt::print("{} items\n", scene.items.size());
-  for (const auto& [type, count] : byType) fmt::print("  {} {}\n", count, type);
+  for (const auto& [type, count] : byType) fmt::print("  {} {}\n", count, PlainText(type));
   if (byType.count("mesh") != 0) fmt::print("meshes\n");
   for (const ItemData& item : scene.items)
     if (item.mesh) PrintMesh(item);
   fmt::print("{} keyed channels, {} channel links, {} selected items\n", CountKeyedChannels(scene),
              scene.channelLinks.size(), scene.selection.size());
-  for (const auto& [name, value] : scene.userValues) fmt::print("{} = {}\n", name, value);
+  for (const auto& [name, value] : scene.userValues) fmt::print("{} = {}\n", PlainText(name), value);
 }
 
 // Lists what a scene holds on the output stream.

@@ -57,6 +57,7 @@ void Record(const RecordArguments& arguments, const Report& report) {
   for (const std::string& warning : read.warnings) report.Warning(warning);
   ImageReport images;
   MoveImagePaths(scene, arguments.output, read.temporaryImages, staging.Directory(), images);
+  CheckInputStays(arguments.input, images.files, WrittenFiles(arguments));
   for (const std::string& note : images.notes) report.Note(note);
   for (const std::string& warning : images.warnings) report.Warning(warning);
   try {
