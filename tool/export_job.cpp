@@ -11,6 +11,7 @@
 #include "tool/index_bits.h"
 #include "tool/input_check.h"
 #include "tool/log_file.h"
+#include "tool/memory_limit.h"
 #include "tool/output_check.h"
 #include "tool/output_error.h"
 #include "tool/preview_page.h"
@@ -99,6 +100,7 @@ void ExportRun::ExportToFile() {
   SaveLogged(host, staging.File());
   stages_.Begin(Stage::Verifying);
   Check(host, staging);
+  if (MemoryLimitReached()) throw std::bad_alloc();  // something may be missing
   stages_.Begin(Stage::Moving);
   MoveIntoPlace(staging);
 }
@@ -266,6 +268,15 @@ struct Failure {
   std::string text;
 };
 
+Failure MemoryFailureOf(const fs::path& file) {
+  const MemoryFailure failure = OutOfMemory(kOutput);
+  return {failure.exitCode, file.string() + ": " + failure.reason};
+}
+
+bool IsLackOfMemory(const std::error_code& code) {
+  return code == std::errc::not_enough_memory || code == std::errc::resource_unavailable_try_again;
+}
+
 // What went wrong in `run`, none when it went through.
 template <class Function>
 std::optional<Failure> FailureOf(const fs::path& file, Function run) {
@@ -277,11 +288,12 @@ std::optional<Failure> FailureOf(const fs::path& file, Function run) {
   } catch (const headless::ModuleError& error) {
     return Failure{kUsage, error.what()};
   } catch (const OutputError& error) {
-    return Failure{kOutput, error.what()};
-  } catch (const std::system_error& error) {  // a file system that fails in between
-    return Failure{kOutput, file.string() + ": " + error.what()};
+    return MemoryLimitReached() ? MemoryFailureOf(file) : Failure{kOutput, error.what()};
+  } catch (const std::system_error& error) {  // a file system that fails in between, or a thread that can't start
+    return IsLackOfMemory(error.code()) ? MemoryFailureOf(file)
+                                        : Failure{kOutput, file.string() + ": " + error.what()};
   } catch (const std::bad_alloc&) {
-    return Failure{kOutput, file.string() + ": out of memory"};
+    return MemoryFailureOf(file);
   }
 }
 
@@ -315,6 +327,7 @@ ExportOutcome ExportScene(const ExportArguments& arguments, const Report& report
 ExportOutcome RunExport(const ExportArguments& arguments, const Report& report) {
   // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
   for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  LimitMemory(arguments.maxMemory);
   ExportOutcome outcome;
   const std::optional<Failure> failure = FailureOf(arguments.reportFile, [&] {
     std::optional<ReportFile> file;

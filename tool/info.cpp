@@ -1,6 +1,7 @@
 #include "readers/read_scene.h"
 #include "tool/command_line.h"
 #include "tool/exit_codes.h"
+#include "tool/memory_limit.h"
 #include "tool/read_arguments.h"
 #include "tool/report.h"
 #include "tool/screen.h"
@@ -15,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -28,6 +30,7 @@ using headless::SceneData;
 struct InfoArguments {
   std::filesystem::path input;
   readers::ReadOptions reading;
+  std::optional<std::uint64_t> maxMemory;  // bytes
 };
 
 std::string MapTypeName(std::uint32_t type) {
@@ -67,6 +70,7 @@ void PrintScene(const SceneData& scene) {
 
 // Lists what a scene holds on the output stream.
 int RunInfo(const InfoArguments& arguments) {
+  LimitMemory(arguments.maxMemory);
   const Report report;
   try {
     readers::ReadReport read;
@@ -83,8 +87,9 @@ int RunInfo(const InfoArguments& arguments) {
     report.Error(std::string("standard output: ") + error.what());
     return kOutput;
   } catch (const std::bad_alloc&) {
-    report.Error(arguments.input.string() + ": out of memory");
-    return kInput;
+    const MemoryFailure failure = OutOfMemory(kInput);
+    report.Error(arguments.input.string() + ": " + failure.reason);
+    return failure.exitCode;
   }
 }
 
@@ -95,6 +100,7 @@ RunCommand AddInfo(CLI::App& app) {
   const auto arguments = std::make_shared<InfoArguments>();
   command.add_option("input", arguments->input, kInputText)->required()->type_name("INPUT");
   AddReadOptions(command, arguments->reading);
+  AddMemoryOption(command, arguments->maxMemory);
   return [arguments] { return RunInfo(*arguments); };
 }
 
