@@ -36,6 +36,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kExportType[] = "sceneio.gltf.save.exportType";
+constexpr char kTooLarge[] = "Too large for glTF";  // of the message by which the plug-in refuses to write
 constexpr std::int32_t kExportAll = 0;
 constexpr std::int32_t kShortIndices = 0, kLongIndices = 1;
 
@@ -69,6 +70,7 @@ class ExportRun {
   Stages& stages_;
   Progress& progress_;
   std::set<NotCarried> knownNotCarried_;
+  std::string refusal_;         // why the plug-in wrote nothing, if it said so
   readers::ReadReport read_;  // keeps images that the input held until the export is over
 };
 
@@ -179,6 +181,7 @@ std::vector<fs::path> ExportRun::WrittenFiles() const {
 void ExportRun::NoteMessage(const headless::LogLine& line) {
   report_.LogMessage(line);
   FollowLog(line, stages_);
+  if (line.text.starts_with(kTooLarge)) refusal_ = line.text;
   if (std::optional<NotCarried> entry = NotCarriedByLog(line)) AddNotCarried(std::move(*entry));
 }
 
@@ -211,6 +214,7 @@ void ExportRun::Save(headless::Host& host, const fs::path& file) {
   const headless::LoadedModule module(arguments_.module.empty() ? readers::ModuleFile() : arguments_.module, host);
   const CountedRef<IZySaver> saver = module.NewSaver(KindOf(file) == OutputKind::Glb ? "gltf.bin" : "gltf.gltf");
   const zyresult result = saver.Raw()->Save(host.Scene(), headless::ToHostPath(file.string()).c_str(), nullptr);
+  if (!refusal_.empty()) throw OutputError(arguments_.output.string() + ": not written: " + refusal_);
   if (ZyFailed(result))
     throw OutputError(fmt::format(
         "{}: the export failed: {}", arguments_.output.string(),

@@ -16,6 +16,8 @@ class Case:
     files: typing.Dict[str, bytes] = dataclasses.field(default_factory=dict)
     make: typing.Callable[[pathlib.Path], None] = lambda folder: None  # what else stands in the folder
     arguments: typing.Sequence[str] = ("export", "a.orvo", "-o", "out/a.glb")
+    alone: bool = True  # the error line is all that is said; the plug-in's own words may not stand before it
+    sanitizable: bool = True
     written: typing.Sequence[str] = ("out/a.glb",)
 
     def prepare(self, folder):
