@@ -125,9 +125,9 @@ bool WriteDocument(GltfDocument& document, const std::string& filePath) {
   JsonArray buffers;
   WriteBuffer(buffers, json.buffer);
   const JsonPieces pieces = Assemble(head, json, buffers);
-  const bool written = Fits(document, pieces) &&
-                       (document.format == GltfFormat::Glb ? WriteGlb(document, filePath, pieces)
-                                                           : WriteGltf(document, filePath, pieces));
+  const bool written =
+      Fits(document, pieces) && (document.format == GltfFormat::Glb ? WriteGlb(document, filePath, pieces)
+                                                                    : WriteGltf(document, filePath, pieces));
   document.json.reset();
   return written;
 }

@@ -41,8 +41,7 @@ SceneData Completed(SceneData data, std::vector<ItemIndex>& meshesBehind) {
     ItemData& item = data.items[place];
     const std::uint32_t type = types.Code(item.type);
     const bool hasMesh =
-        types.Derives(type, meshType) ||
-        (types.Derives(type, instanceType) && meshesBehind[place] < 0);
+        types.Derives(type, meshType) || (types.Derives(type, instanceType) && meshesBehind[place] < 0);
     if (hasMesh && !item.mesh) item.mesh = std::make_shared<const MeshData>();
     if (!hasMesh && !types.Derives(type, surfaceType)) continue;
     const char* channel = hasMesh ? "mesh" : "surf";

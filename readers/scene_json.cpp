@@ -132,7 +132,8 @@ std::string LineAndColumn(std::string_view text, std::size_t offset) {
 
 void Fail(const Json& value, std::string reason) { throw JsonFault{&value, std::move(reason), {}}; }
 
-void ParseJson(std::string_view text, const std::string& file, LongLists longLists, rapidjson::Document& document) {
+void ParseJson(std::string_view text, const std::string& file, LongLists longLists,
+               rapidjson::Document& document) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   TreeGenerator generator{text, longLists, {}, 0};

@@ -70,7 +70,7 @@ class ExportRun {
   Stages& stages_;
   Progress& progress_;
   std::set<NotCarried> knownNotCarried_;
-  std::string refusal_;         // why the plug-in wrote nothing, if it said so
+  std::string refusal_;       // why the plug-in wrote nothing, if it said so
   readers::ReadReport read_;  // keeps images that the input held until the export is over
 };
 

@@ -17,8 +17,8 @@ struct ExportWork {
   Stages::Numbers costs{};      // of each stage, in one unit
 };
 
-// What is wrong with the scene's range of time, as far as it is sampled: the plug-in would gather keys until no memory
-// is left for them.
+// What is wrong with the scene's range of time, as far as it is sampled: the plug-in would gather keys until no
+// memory is left for them.
 std::optional<std::string> FindTimeFault(const headless::SceneData& scene);
 
 // Counts what a scene asks for under its user values.

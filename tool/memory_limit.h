@@ -17,8 +17,8 @@ namespace tool {
 void AddMemoryOption(CLI::App& command, std::optional<std::uint64_t>& bytes);
 
 // From now on this process can't get more memory than that, mapped files and its first stack not counted; nor can
-// a process that it starts, unless that raises its limit again. Does nothing without a number, and in builds with an
-// address sanitizer, which maps terabytes.
+// a process that it starts, unless that raises its limit again. Does nothing without a number, and in builds with
+// an address sanitizer, which maps terabytes.
 void LimitMemory(const std::optional<std::uint64_t>& bytes);
 
 // True when an allocation has failed since LimitMemory, also where whoever lacked it went on without a word.

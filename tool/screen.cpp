@@ -44,7 +44,8 @@ std::string PlainText(std::string_view text) {
   std::string plain(text);
   for (std::size_t place = 0; place < plain.size(); ++place) {
     // U+0080 to U+009F are control characters too.
-    const bool isSecondSet = place > 0 && plain[place - 1] == '\xC2' && static_cast<unsigned char>(plain[place]) < 0xA0;
+    const bool isSecondSet =
+        place > 0 && plain[place - 1] == '\xC2' && static_cast<unsigned char>(plain[place]) < 0xA0;
     if (isSecondSet) plain[place - 1] = '?';
     if (isSecondSet || IsControl(plain[place])) plain[place] = '?';
   }
