@@ -98,11 +98,12 @@ JsonPieces Assemble(const JsonText& head, GltfJson& json, JsonArray& buffers) {
 // All lengths are 32-bit numbers. What would wrap them is refused before any file is opened.
 bool Fits(const GltfDocument& document, const JsonPieces& pieces) {
   constexpr std::uint64_t kMostBytes = 0xFFFFFFFF;
-  constexpr std::uint64_t kHeadersAndPadding = 12 + 8 + 8 + 3 + 3;
+  constexpr std::uint64_t kHeaders = 12 + 8 + 8;
   std::uint64_t bytes = BufferBytes(document);
   if (document.format == GltfFormat::Glb) {
-    bytes += kHeadersAndPadding;
-    for (const std::string_view piece : pieces) bytes += piece.size();
+    std::uint64_t text = 0;
+    for (const std::string_view piece : pieces) text += piece.size();
+    bytes += kHeaders + (text + 3) / 4 * 4;
   }
   if (bytes <= kMostBytes) return true;
   if (document.log)

@@ -124,8 +124,9 @@ void CutTies() {
 }
 
 void SetLimits(const SandboxLimits& limits) {
-  Limit(RLIMIT_DATA, RLIM_INFINITY, RLIM_INFINITY);  // the command may have lowered its own
-#ifndef VORNEL_ADDRESS_SANITIZER                     // it maps terabytes that it never touches
+  // The command may have lowered its own.
+  Limit(RLIMIT_DATA, RLIM_INFINITY, RLIM_INFINITY);
+#ifndef VORNEL_ADDRESS_SANITIZER  // it maps terabytes that it never touches
   Limit(RLIMIT_AS, limits.memory, limits.memory);
 #endif
   Limit(RLIMIT_CPU, limits.seconds, limits.seconds + 1);

@@ -28,7 +28,7 @@ def lengths():
                                     '"tileU": 1, "tileV": 1, "wrapU": 1.0, "wrapV": 1.0}}}]}]}]}')
     yield Case("images of 5 GiB", ["out/a.glb: not written: Too large for glTF: the data would take 53687"], two, code=4, alone=False,
                make=make_sparse({"x.png": 5 * GIBIBYTE // 2, "y.png": 5 * GIBIBYTE // 2}))
-    yield Case("container that just doesn't fit", ["out/a.glb: not written: Too large for glTF: the data would take 4294968889 bytes"], two, code=4, alone=False,
+    yield Case("container that just doesn't fit", ["out/a.glb: not written: Too large for glTF: the data would take 429496888"], two, code=4, alone=False,
                make=make_sparse({"x.png": 2 * GIBIBYTE, "y.png": 2 * GIBIBYTE - 1024}))
     yield Case("image of 4 GiB", ['image "in.png" is left out: it takes 4 GiB or more'], textured("in.png"), code=0,
                make=make_sparse({"in.png": 4 * GIBIBYTE}))
