@@ -33,7 +33,12 @@ void ReadApplication(const Json& value, headless::ApplicationData& application) 
   if (const Json* version = Find(value, "osVersion")) application.osVersion = ReadText(*version);
 }
 
+// They are looked for one by one.
+constexpr rapidjson::SizeType kMostTypes = 256;
+
 void ReadTypes(const Json& value, SceneData& scene) {
+  if (value.MemberCount() > kMostTypes)
+    Fail(value, fmt::format("{} types; a scene can add {}", value.MemberCount(), kMostTypes));
   for (const auto& member : value.GetObject()) {
     const std::string name = ReadText(member.name);
     if (headless::IsKnownType(scene, name)) Fail(member.value, "the host has a type \"" + name + "\" of its own");

@@ -39,10 +39,10 @@ class TreeFilter {
     return number ? number->Accept(tree_) : Refuse("the number is too big");
   }
   bool String(const char* text, rapidjson::SizeType size, bool copy) {
-    return HasZero(text, size) ? Refuse("a text holds a zero character") : tree_.String(text, size, copy);
+    return IsSound({text, size}, "a text") && tree_.String(text, size, copy);
   }
   bool Key(const char* text, rapidjson::SizeType size, bool copy) {
-    return HasZero(text, size) ? Refuse("a key holds a zero character") : tree_.Key(text, size, copy);
+    return IsSound({text, size}, "a key") && tree_.Key(text, size, copy);
   }
   bool StartObject() { return Enter() && tree_.StartObject(); }
   bool EndObject(rapidjson::SizeType count) { return --depth_ >= 0 && tree_.EndObject(count); }
@@ -64,11 +64,19 @@ class TreeFilter {
   }
 
  private:
-  static bool HasZero(const char* text, rapidjson::SizeType size) {
-    return std::string_view(text, size).find('\0') != std::string_view::npos;
+  // An escape can give what no text of a scene may hold.
+  bool IsSound(std::string_view text, const char* what) {
+    if (text.find('\0') != std::string_view::npos) return Refuse(std::string(what) + " holds a zero character");
+    return !HasSurrogate(text) || Refuse(std::string(what) + " holds half a surrogate pair");
   }
-  bool Refuse(const char* reason) {
-    reason_ = reason;
+  // The parser itself finds a first half without a second one only.
+  static bool HasSurrogate(std::string_view text) {
+    for (std::size_t at = text.find('\xED'); at != std::string_view::npos; at = text.find('\xED', at + 1))
+      if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) >= 0xA0) return true;
+    return false;
+  }
+  bool Refuse(std::string reason) {
+    reason_ = std::move(reason);
     return false;
   }
   bool Enter() {

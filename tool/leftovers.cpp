@@ -46,7 +46,7 @@ std::vector<JournalMove> ReadJournal(const fs::path& directory) {
   std::ifstream stream(directory / "journal", std::ios::binary);
   const std::string text{std::istreambuf_iterator<char>(stream), {}};
   rapidjson::Document root;
-  root.Parse(text.data(), text.size());
+  root.Parse<rapidjson::kParseIterativeFlag>(text.data(), text.size());
   std::vector<JournalMove> moves;
   if (root.HasParseError() || !root.IsArray()) return moves;
   for (const rapidjson::Value& row : root.GetArray()) {

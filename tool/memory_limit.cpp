@@ -1,0 +1,55 @@
+#include "tool/memory_limit.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
+#include <sys/resource.h>
+
+#include <algorithm>
+#include <atomic>
+#include <new>
+
+namespace tool {
+namespace {
+
+constexpr std::uint64_t kLeastMemory = 64;  // MiB
+constexpr std::uint64_t kMostMemory = std::uint64_t{1} << 24;
+
+std::uint64_t g_limit = 0;  // bytes; 0 for none
+std::atomic<bool> g_reached = false;
+
+void NoteAndThrow() {
+  g_reached = true;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+void AddMemoryOption(CLI::App& command, std::optional<std::uint64_t>& bytes) {
+  command
+      .add_option_function<std::uint64_t>(
+          "--max-memory", [&bytes](std::uint64_t count) { bytes = count << 20; },
+          "most memory that the command itself may take; it ends with 6 when that isn't enough")
+      ->type_name("MIB")
+      ->check(CLI::Range(kLeastMemory, kMostMemory).description(""));
+}
+
+void LimitMemory(const std::optional<std::uint64_t>& bytes) {
+  if (!bytes) return;
+  g_limit = *bytes;
+  std::set_new_handler(NoteAndThrow);
+#ifndef VORNEL_SANITIZED
+  rlimit limit = {};
+  getrlimit(RLIMIT_DATA, &limit);
+  limit.rlim_cur = std::min<rlim_t>(*bytes, limit.rlim_max);
+  setrlimit(RLIMIT_DATA, &limit);
+#endif
+}
+
+bool MemoryLimitReached() { return g_reached; }
+
+MemoryFailure OutOfMemory(ExitCode withoutLimit) {
+  if (g_limit == 0) return {withoutLimit, "out of memory"};
+  return {kMemory, fmt::format("takes more memory than its limit of {} MiB (--max-memory)", g_limit >> 20)};
+}
+
+}  // namespace tool
