@@ -58,16 +58,6 @@ std::uint32_t AddWedge(MeshScanState& scan, std::uint32_t place, const CornerVal
   return scan.wedgesOfPoint.Append(place, [&] { return HashOf(corner); });
 }
 
-std::uint32_t FindWedgeByKeys(const MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {
-  const std::size_t count = scan.keyMaps.size();
-  return scan.wedgesOfPoint.FindListed(place, [&](std::uint32_t wedge) {
-    const std::uint32_t* const known = &scan.keysOfWedge[wedge * count];
-    for (std::size_t m = 0; m < count; ++m)
-      if (keys[m] != known[m] || keys[m] == IZyValueKeys::kNoKey) return false;
-    return true;
-  });
-}
-
 std::uint32_t FoldCorner(MeshScanState& scan, std::uint32_t place, const CornerValues& corner,
                          const std::uint32_t* keys) {
   const std::uint32_t wedge = scan.wedgesOfPoint.Find(
@@ -128,14 +118,6 @@ void StartWedges(MeshScanState& scan, std::size_t corners) {
   scan.corner.uvs.resize(scan.uvScans.size());
   scan.corner.missingUvs.resize(scan.uvScans.size());
   scan.keysOfWedge.reserve(points * scan.keyMaps.size());
-}
-
-bool AddKnownCorner(MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {
-  if (place == kUnknownPoint || !scan.waiting.empty()) return false;
-  const std::uint32_t wedge = FindWedgeByKeys(scan, place, keys);
-  if (wedge == PointFold::kNone) return false;
-  scan.currentMesh->wedgeIndex.push_back(wedge);
-  return true;
 }
 
 void AddCorner(MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {
