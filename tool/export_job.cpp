@@ -11,6 +11,7 @@
 #include "tool/index_bits.h"
 #include "tool/input_check.h"
 #include "tool/log_file.h"
+#include "tool/memory_watch.h"
 #include "tool/output_check.h"
 #include "tool/output_error.h"
 #include "tool/preview_page.h"
@@ -194,6 +195,8 @@ void ExportRun::Save(headless::Host& host, const fs::path& file) {
   const headless::LoadedModule module(arguments_.module.empty() ? readers::ModuleFile() : arguments_.module, host);
   const CountedRef<IZySaver> saver = module.NewSaver(KindOf(file) == OutputKind::Glb ? "gltf.bin" : "gltf.gltf");
   const zyresult result = saver.Raw()->Save(host.Scene(), headless::ToHostPath(file.string()).c_str(), nullptr);
+  // A saver that skips what fails would leave out what there was no room for.
+  if (MemoryRanOut()) throw std::bad_alloc();
   if (ZyFailed(result))
     throw OutputError(fmt::format(
         "{}: the export failed: {}", arguments_.output.string(),
@@ -260,6 +263,7 @@ std::optional<Failure> FailureOf(const fs::path& file, Function run) {
   } catch (const readers::InputError& error) {
     return Failure{kInput, error.what()};
   } catch (const headless::ModuleError& error) {
+    if (MemoryRanOut()) return Failure{kOutput, file.string() + ": out of memory"};
     return Failure{kUsage, error.what()};
   } catch (const OutputError& error) {
     return Failure{kOutput, error.what()};

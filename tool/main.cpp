@@ -1,8 +1,11 @@
 // vornel: exports scenes of the Orvo 3D application to glTF 2.0, without the application.
 #include "readers/interrupt.h"
 #include "tool/command_line.h"
+#include "tool/exit_codes.h"
+#include "tool/memory_watch.h"
 
 #include <fcntl.h>
+#include <new>
 #include <unistd.h>
 
 namespace {
@@ -14,10 +17,19 @@ void OpenStandardStreams() {
   if (file >= 0) close(file);
 }
 
+// Ahead of whatever else is made before main().
+const bool kMemoryIsWatched = (tool::WatchMemory(), true);
+
 }  // namespace
 
 int main(int argc, char** argv) {
   OpenStandardStreams();
-  readers::WatchInterrupts();
-  return tool::RunCommandLine(argc, argv);
+  try {
+    readers::WatchInterrupts();
+    return tool::RunCommandLine(argc, argv);
+  } catch (const std::bad_alloc&) {
+    // Before a subcommand runs, or while it tells of what went wrong.
+    tool::TellOutOfMemory();
+    return tool::kOutput;
+  }
 }
