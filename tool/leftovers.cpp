@@ -205,7 +205,8 @@ void RemoveStaging(const char* directory) noexcept {
   constexpr int kAttempts = 2;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     try {
-      return RemoveOnce(directory);
+      RemoveOnce(directory);
+      if (access(directory, F_OK) != 0) return;
     } catch (const std::exception&) {  // what stays is cleared by the next run
     }
   }

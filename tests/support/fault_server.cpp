@@ -49,10 +49,11 @@ std::vector<char*> Pointers(std::vector<std::string>& texts) {
 
 }  // namespace
 
-std::vector<std::string> FaultRun::ErrorLines() const {
+std::vector<std::string> FaultRun::Complaints() const {
   std::vector<std::string> lines;
   std::istringstream stream(errors);
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  for (std::string line; std::getline(stream, line);)
+    if (line.starts_with("vornel: ")) lines.push_back(line);
   return lines;
 }
 

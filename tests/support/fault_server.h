@@ -16,7 +16,8 @@ struct FaultRun {
   std::string errors;
   FaultResult result;
 
-  std::vector<std::string> ErrorLines() const;
+  // The lines that are warnings or errors.
+  std::vector<std::string> Complaints() const;
   bool Says(const std::string& text) const { return errors.find(text) != std::string::npos; }
 };
 
