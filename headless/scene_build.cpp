@@ -4,6 +4,7 @@
 #include "host/scene_api.h"
 
 #include <algorithm>
+#include <memory>
 #include <string_view>
 #include <unordered_map>
 
@@ -103,9 +104,9 @@ TypeDefaults MakeDefaults(const SceneData& scene, std::string_view type) {
 // Of the host's own types, worked out once. Null for the types that scenes add.
 const TypeDefaults* FindDefaults(std::string_view type) {
   static const auto* const known = [] {
-    auto* byType = new std::unordered_map<std::string_view, TypeDefaults>;
+    auto byType = std::make_unique<std::unordered_map<std::string_view, TypeDefaults>>();
     for (const ItemTypeRow& row : kItemTypes) byType->emplace(row.name, MakeDefaults({}, row.name));
-    return byType;
+    return byType.release();
   }();
   const auto found = known->find(type);
   return found == known->end() ? nullptr : &found->second;

@@ -102,7 +102,7 @@ void ExportRun::ExportToFile() {
   SaveLogged(host, staging.File());
   stages_.Begin(Stage::Verifying);
   Check(host, staging);
-  if (MemoryLimitReached()) throw std::bad_alloc();  // something may be missing
+  if (MemoryRanOut()) throw std::bad_alloc();  // something may be missing
   stages_.Begin(Stage::Moving);
   MoveIntoPlace(staging);
 }
@@ -215,6 +215,8 @@ void ExportRun::Save(headless::Host& host, const fs::path& file) {
   const CountedRef<IZySaver> saver = module.NewSaver(KindOf(file) == OutputKind::Glb ? "gltf.bin" : "gltf.gltf");
   const zyresult result = saver.Raw()->Save(host.Scene(), headless::ToHostPath(file.string()).c_str(), nullptr);
   if (!refusal_.empty()) throw OutputError(arguments_.output.string() + ": not written: " + refusal_);
+  // A saver that skips what fails would leave out what there was no room for.
+  if (MemoryRanOut()) throw std::bad_alloc();
   if (ZyFailed(result))
     throw OutputError(fmt::format(
         "{}: the export failed: {}", arguments_.output.string(),
@@ -290,9 +292,9 @@ std::optional<Failure> FailureOf(const fs::path& file, Function run) {
   } catch (const readers::InputError& error) {
     return Failure{kInput, error.what()};
   } catch (const headless::ModuleError& error) {
-    return Failure{kUsage, error.what()};
+    return MemoryRanOut() ? MemoryFailureOf(file) : Failure{kUsage, error.what()};
   } catch (const OutputError& error) {
-    return MemoryLimitReached() ? MemoryFailureOf(file) : Failure{kOutput, error.what()};
+    return MemoryRanOut() ? MemoryFailureOf(file) : Failure{kOutput, error.what()};
   } catch (const std::system_error& error) {  // a file system that fails in between, or a thread that can't start
     return IsLackOfMemory(error.code()) ? MemoryFailureOf(file)
                                         : Failure{kOutput, file.string() + ": " + error.what()};
