@@ -8,8 +8,8 @@ packages=(g++ clang cmake ninja-build ccache nodejs npm chromium
           libjemalloc-dev libassimp-dev libseccomp-dev libpng-dev pkg-config
           libgtest-dev libgmock-dev libbenchmark-dev)
 # What the tests with other programs need besides: a scheduler and a runner of jobs, a counter of instructions, the
-# reader of manual pages, the maker of packages.
-if [ "${1:-}" = --with-npm ]; then packages+=(slurm-wlm munge parallel valgrind python3 man-db dpkg-dev); fi
+# reader of manual pages, the maker of packages, the sources of locales.
+if [ "${1:-}" = --with-npm ]; then packages+=(slurm-wlm munge parallel valgrind python3 man-db dpkg-dev locales); fi
 
 missing=()
 for package in "${packages[@]}"; do

@@ -18,5 +18,6 @@ cmake --build --preset asan
 ctest --preset asan -j "$jobs" -LE web
 
 cmake --preset clang -DVORNEL_BENCH=OFF >/dev/null
-cmake --build --preset clang --target golden_test
+cmake --build --preset clang --target golden_test export_under_locale
 ctest --preset clang -j "$jobs" -L golden
+scripts/check_sameness.sh build/release build/asan build/clang
