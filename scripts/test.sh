@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs, builds and runs every test: all of them in release, all but the slow browser ones again under the
-# sanitizers, and the golden bytes once more under clang.
+# sanitizers, the golden bytes once more under clang, and each fuzzer for a minute.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -20,3 +20,5 @@ ctest --preset asan -j "$jobs" -LE web
 cmake --preset clang -DVORNEL_BENCH=OFF >/dev/null
 cmake --build --preset clang --target golden_test
 ctest --preset clang -j "$jobs" -L golden
+
+scripts/fuzz.sh 60
