@@ -7,6 +7,7 @@
 #include <fmt/core.h>
 #include <rapidjson/document.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdint>
@@ -71,16 +72,20 @@ class DocumentCheck {
     if (outline.bufferLength != document_.buffer.size())
       throw WriteFault(fmt::format("its buffer has {} bytes where the JSON says {}", document_.buffer.size(),
                                    outline.bufferLength));
-    for (std::size_t index = 0; index < outline.views.size(); ++index)
-      if (outline.views[index].byteOffset + outline.views[index].byteLength > outline.bufferLength)
+    for (std::size_t index = 0; index < outline.views.size(); ++index) {
+      const OutlineView& view = outline.views[index];
+      // No sum or product of these numbers, which may be as large as they like.
+      if (view.byteOffset > outline.bufferLength || view.byteLength > outline.bufferLength - view.byteOffset)
         throw WriteFault(fmt::format("buffer view {} reaches beyond the buffer", index));
+    }
   }
 
   void CheckAccessors(const ShareSink& told) const {
     std::uint64_t bytes = 0;
     for (std::size_t index = 0; index < document_.outline.accessors.size(); ++index) {
       bytes += CheckAccessor(index);
-      told(static_cast<double>(bytes) / static_cast<double>(document_.buffer.size() + 1));
+      // Accessors may share what they show.
+      told(std::min(1.0, static_cast<double>(bytes) / static_cast<double>(document_.buffer.size() + 1)));
     }
   }
 
@@ -98,10 +103,10 @@ class DocumentCheck {
     if (accessor.bufferView >= views.size())
       throw WriteFault(fmt::format("accessor {} names buffer view {}", index, accessor.bufferView));
     const OutlineView& view = views[accessor.bufferView];
-    const std::uint64_t size = accessor.componentType == kComponentU16 ? 2 : 4;
-    const std::uint64_t needed = accessor.count * accessor.components * size;
-    if (needed > view.byteLength)
+    const std::uint64_t size = accessor.components * (accessor.componentType == kComponentU16 ? 2 : 4);
+    if (size > 0 && accessor.count > view.byteLength / size)
       throw WriteFault(fmt::format("accessor {} reaches beyond its buffer view", index));
+    const std::uint64_t needed = accessor.count * size;
     const Bytes values = document_.buffer.subspan(view.byteOffset, needed);
     if (accessor.componentType == kComponentFloat && !AllFinite(values))
       throw WriteFault((HasNan(values) ? "a value that is not a number: " : "an infinite value: ") +
