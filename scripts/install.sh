@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-packages=(g++ clang cmake ninja-build ccache nodejs npm chromium
+packages=(g++ clang libclang-rt-14-dev cmake ninja-build ccache nodejs npm chromium
           rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev libxxhash-dev
           libjemalloc-dev libassimp-dev libseccomp-dev libpng-dev pkg-config
           libgtest-dev libgmock-dev libbenchmark-dev)

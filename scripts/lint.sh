@@ -3,8 +3,8 @@
 #
 #     lint.sh [--quick] [FOLDER...]
 #
-# cppcheck reads everything; clang-tidy takes about 11 s of processor time a file, so --quick leaves it out and FOLDERs restrict it. What is switched
-# off stands with its reason in .clang-tidy and .cppcheck-suppressions.
+# cppcheck reads everything; clang-tidy takes about 11 s of processor time a file, so --quick leaves it out and FOLDERs
+# restrict it. What is switched off stands with its reason in .clang-tidy and .cppcheck-suppressions.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 folders=(host saver document geometry materials animation options headless readers importer tool)

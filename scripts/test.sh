@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs, builds and runs every test: all of them in release, all but the slow browser ones again under the
-# sanitizers, the golden bytes once more under clang, and random scenes in all three.
+# sanitizers, the golden bytes once more under clang, random scenes in all three, and each fuzzer for a minute.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -22,3 +22,5 @@ cmake --preset clang -DVORNEL_BENCH=OFF >/dev/null
 cmake --build --preset clang --target golden_test export_under_locale
 ctest --preset clang -j "$jobs" -L golden
 scripts/check_sameness.sh build/release build/asan build/clang
+
+scripts/fuzz.sh 60
