@@ -14,6 +14,7 @@ cppcheck --quiet -j2 --std=c++20 --language=c++ -I. --enable=warning,performance
 echo "cppcheck: clean"
 if [ "${1:-}" = --quick ]; then exit; fi
 
+scripts/install.sh --with-lint
 cmake --preset clang -DVORNEL_BENCH=OFF >/dev/null
 if [ $# -gt 0 ]; then folders=("$@"); fi
 find "${folders[@]}" -name '*.cpp' -print0 | sort -z |
