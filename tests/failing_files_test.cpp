@@ -56,7 +56,7 @@ TEST_P(FailingFiles, OneCall) {
   if (!server) return;
   if (!server->WatchesCalls()) GTEST_SKIP() << "this kernel doesn't let a process watch its own calls";
   const std::uint64_t count = Sound().result.calls, step = FaultStep(7);
-  ASSERT_GT(count, 20u);
+  ASSERT_GE(count, 10u);
   std::map<int, int> codes;
   for (std::uint64_t fault = count % step; fault < count * std::size(kFailures); fault += step) {
     const Failure& failure = kFailures[fault % std::size(kFailures)];

@@ -4,8 +4,10 @@
 #include "tool/exit_codes.h"
 #include "tool/memory_watch.h"
 
+#include <cstdio>
 #include <fcntl.h>
 #include <new>
+#include <system_error>
 #include <unistd.h>
 
 namespace {
@@ -30,6 +32,9 @@ int main(int argc, char** argv) {
   } catch (const std::bad_alloc&) {
     // Before a subcommand runs, or while it tells of what went wrong.
     tool::TellOutOfMemory();
+    return tool::kOutput;
+  } catch (const std::system_error& error) {  // no thread can be started
+    std::fprintf(stderr, "vornel: error: %s\n", error.what());
     return tool::kOutput;
   }
 }
