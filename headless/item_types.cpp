@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
 namespace headless {
 
@@ -9,9 +10,9 @@ namespace {
 
 const ItemTypeRow* FindRow(std::string_view type) {
   static const auto* const rows = [] {
-    auto* byName = new std::unordered_map<std::string_view, const ItemTypeRow*>;
+    auto byName = std::make_unique<std::unordered_map<std::string_view, const ItemTypeRow*>>();
     for (const ItemTypeRow& row : kItemTypes) byName->emplace(row.name, &row);
-    return byName;
+    return byName.release();
   }();
   const auto row = rows->find(type);
   return row == rows->end() ? nullptr : row->second;
@@ -56,7 +57,7 @@ ItemTypes::ItemTypes(const SceneData& scene) {
 }
 
 std::uint32_t ItemTypes::Add(const std::string& name) {
-  const auto [entry, added] = codes_.emplace(name, Count() + 1);
+  const auto [entry, added] = codes_.try_emplace(name, Count() + 1);
   if (added) {
     names_.push_back(name);
     bases_.push_back(0);

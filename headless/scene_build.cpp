@@ -4,6 +4,7 @@
 #include "host/scene_api.h"
 
 #include <algorithm>
+#include <memory>
 #include <string_view>
 #include <unordered_map>
 
@@ -103,9 +104,9 @@ TypeDefaults MakeDefaults(const SceneData& scene, std::string_view type) {
 // Of the host's own types, worked out once. Null for the types that scenes add.
 const TypeDefaults* FindDefaults(std::string_view type) {
   static const auto* const known = [] {
-    auto* byType = new std::unordered_map<std::string_view, TypeDefaults>;
+    auto byType = std::make_unique<std::unordered_map<std::string_view, TypeDefaults>>();
     for (const ItemTypeRow& row : kItemTypes) byType->emplace(row.name, MakeDefaults({}, row.name));
-    return byType;
+    return byType.release();
   }();
   const auto found = known->find(type);
   return found == known->end() ? nullptr : &found->second;
@@ -128,8 +129,8 @@ SceneData MakeScene() {
 }
 
 ItemIndex AddItem(SceneData& scene, const std::string& type, const std::string& name, ItemIndex parent) {
-  ItemData item;
-  item.id = type + "#" + std::to_string(scene.items.size());
+  ItemData& item = scene.items.emplace_back();
+  item.id = type + "#" + std::to_string(scene.items.size() - 1);
   item.type = type;
   item.name = name;
   item.parent = parent;
@@ -140,7 +141,6 @@ ItemIndex AddItem(SceneData& scene, const std::string& type, const std::string& 
   if (known->isDeformGroup) item.deformGroup.emplace();
   if (known->isGroup) item.group.emplace();
   if (known->isClip) item.clip.emplace();
-  scene.items.push_back(std::move(item));
   return static_cast<ItemIndex>(scene.items.size() - 1);
 }
 

@@ -182,7 +182,7 @@ struct Triangulator::Impl {
   std::vector<std::array<GLdouble, 3>> vertices;
   std::vector<std::uint32_t> corners;
   std::vector<CornerTriangle> triangles;
-  bool failed = false;
+  bool failed = false, outOfMemory = false;
 
   Impl() : tessellator(gluNewTess()) {
     if (!tessellator) throw std::bad_alloc();
@@ -199,7 +199,10 @@ struct Triangulator::Impl {
   ~Impl() { gluDeleteTess(tessellator); }
 
   static void AddVertex(void* vertex, void* self);
-  static void Fail(GLenum, void* self) { static_cast<Impl*>(self)->failed = true; }
+  static void Fail(GLenum error, void* self) {
+    static_cast<Impl*>(self)->failed = true;
+    static_cast<Impl*>(self)->outOfMemory |= error == GLU_OUT_OF_MEMORY;
+  }
   static void IgnoreEdge(GLboolean) {}
 
   bool Tessellate();
@@ -227,6 +230,7 @@ bool Triangulator::Impl::Tessellate() {
   for (std::array<GLdouble, 3>& vertex : vertices) gluTessVertex(tessellator, vertex.data(), &vertex);
   gluTessEndContour(tessellator);
   gluTessEndPolygon(tessellator);
+  if (outOfMemory) throw std::bad_alloc();
   if (failed || corners.size() % 3 != 0) return false;
 
   triangles.clear();

@@ -1,24 +1,30 @@
 #include "host/scene_saver.h"
 
-#include <new>
+#include "host/call_guard.h"
+
+#include <memory>
 
 zyresult CZySceneSaver::VerifyTarget(IZyObject* target, IZyObject* message) {
   CZyUser_Message bound;
   if (!bound.Set(message)) return ZYe_NO_TARGET;
-  frame_.reset(new (std::nothrow) SceneFrame);
-  zyresult result = frame_ ? frame_->Bind(target, nullptr, UsesSubset()) : ZYe_FAILED;
-  if (ZySucceeded(result)) VerifyScene();
+  const zyresult result = GuardedCall([&] {
+    frame_ = std::make_unique<SceneFrame>();
+    const zyresult bindResult = frame_->Bind(target, nullptr, UsesSubset());
+    if (ZySucceeded(bindResult)) VerifyScene();
+    return bindResult;
+  });
   frame_.reset();
   return result;
 }
 
 zyresult CZySceneSaver::SaveTarget(IZyObject* target, const char* filename, IZyMonitor* monitor) {
   CZyFileFormat* format = FormatPart();
-  frame_.reset(new (std::nothrow) SceneFrame);
-  if (!frame_) return ZYe_FAILED;
-  zyresult result = frame_->Bind(target, monitor, UsesSubset());
+  zyresult result = GuardedCall([&] {
+    frame_ = std::make_unique<SceneFrame>();
+    return frame_->Bind(target, monitor, UsesSubset());
+  });
   if (ZySucceeded(result)) {
-    result = RunPasses(*format, filename, monitor);
+    result = GuardedCall([&] { return RunPasses(*format, filename, monitor); });
     format->CleanupFormat();
   }
   frame_.reset();

@@ -36,7 +36,12 @@ void WatchInterrupts() {
       int number = 0;
       sigwait(&signals, &number);
       const std::lock_guard<std::recursive_mutex> lock(ActionMutex());
-      for (auto action = AllActions().rbegin(); action != AllActions().rend(); ++action) (*action)();
+      for (auto action = AllActions().rbegin(); action != AllActions().rend(); ++action) {
+        try {
+          (*action)();
+        } catch (...) {  // the other actions shall run all the same
+        }
+      }
       _exit(128 + number);
     }).detach();
   });

@@ -39,7 +39,8 @@ constexpr rapidjson::SizeType kMostTypes = 256;
 constexpr int kDeepestType = 16;
 
 void ReadTypes(const Json& value, SceneData& scene) {
-  if (value.MemberCount() > kMostTypes) Fail(value, fmt::format("holds more than {} types", kMostTypes));
+  if (value.MemberCount() > kMostTypes)
+    Fail(value, fmt::format("{} types; a scene can add {}", value.MemberCount(), kMostTypes));
   for (const auto& member : value.GetObject()) {
     const std::string name = ReadText(member.name);
     if (headless::IsKnownType(scene, name)) Fail(member.value, "the host has a type \"" + name + "\" of its own");

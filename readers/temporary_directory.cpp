@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdlib>
+#include <new>
 #include <system_error>
 
 namespace readers {
@@ -15,9 +16,16 @@ fs::path MakeDirectory(const fs::path& parent) {
   return name;
 }
 
-void RemoveAll(const fs::path& path) {
-  std::error_code ignored;
-  fs::remove_all(path, ignored);
+void RemoveAll(const fs::path& path) noexcept {
+  constexpr int kAttempts = 2;  // the first one may lack the memory
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    try {
+      std::error_code ignored;
+      fs::remove_all(path, ignored);
+      return;
+    } catch (const std::bad_alloc&) {
+    }
+  }
 }
 
 }  // namespace

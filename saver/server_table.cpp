@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
-void ServerTable::Add(std::string name, IZyFactory* factory) {
-  Server server{std::move(name), {}};
+void ServerTable::Add(const char* name, IZyFactory* factory) {
+  Server server;
   server.factory.Take(factory);
+  server.name = name;
   servers_.push_back(std::move(server));
 }
 

@@ -9,8 +9,8 @@
 
 class ServerTable {
  public:
-  // Takes over the factory's reference.
-  void Add(std::string name, IZyFactory* factory);
+  // Takes over the factory's reference, also when it throws.
+  void Add(const char* name, IZyFactory* factory);
 
   std::uint32_t Count() const { return static_cast<std::uint32_t>(servers_.size()); }
   // Null past the end.

@@ -12,7 +12,7 @@ void FlushToDisk(const std::filesystem::path& fileOrDirectory) {
   int error = descriptor < 0 ? errno : 0;
   if (descriptor >= 0) {
     if (fsync(descriptor) != 0) error = errno;
-    close(descriptor);
+    if (close(descriptor) != 0 && error == 0) error = errno;
   }
   if (error == 0 || error == EINVAL || error == ENOTSUP || error == EROFS) return;
   throw std::filesystem::filesystem_error("can't be flushed", fileOrDirectory,

@@ -1,5 +1,6 @@
 #include "tool/leftovers.h"
 
+#include "headless/whole_file.h"
 #include "tool/file_flush.h"
 
 #include <rapidjson/document.h>
@@ -10,9 +11,12 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <dirent.h>
+#include <exception>
 #include <fcntl.h>
 #include <fstream>
-#include <iterator>
+#include <memory>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <system_error>
@@ -41,18 +45,25 @@ bool IsSameFile(const fs::path& file, const JournalMove& move) {
          found.changed == move.changed;
 }
 
-// Empty when there is no whole journal, which is written in one step.
-std::vector<JournalMove> ReadJournal(const fs::path& directory) {
-  std::ifstream stream(directory / "journal", std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  rapidjson::Document root;
-  root.Parse(text.data(), text.size());
+// Empty when there is no whole journal, which is written in one step; nothing when it can't be read.
+std::optional<std::vector<JournalMove>> ReadJournal(const fs::path& directory) {
+  const fs::path file = directory / "journal";
+  std::error_code error;
   std::vector<JournalMove> moves;
+  if (fs::symlink_status(file, error).type() == fs::file_type::not_found) return moves;
+  std::string text;
+  try {
+    text = headless::ReadSmallFile(file, fs::file_size(file));
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+  rapidjson::Document root;
+  root.Parse<rapidjson::kParseIterativeFlag>(text.data(), text.size());
   if (root.HasParseError() || !root.IsArray()) return moves;
   for (const rapidjson::Value& row : root.GetArray()) {
     if (!row.IsArray() || row.Size() != 5 || !row[0].IsString() || !row[1].IsUint64() || !row[2].IsUint64() ||
         !row[3].IsInt64() || !row[4].IsBool())
-      return {};
+      return std::vector<JournalMove>();
     moves.push_back({{row[0].GetString(), row[0].GetStringLength()},
                      row[1].GetUint64(),
                      row[2].GetUint64(),
@@ -63,15 +74,21 @@ std::vector<JournalMove> ReadJournal(const fs::path& directory) {
 }
 
 // Undoes the moves of a run that was killed between the first and the last one. A file that isn't the run's own
-// any more is left alone. False when a file could not be put back.
+// any more is left alone. False when a file could not be put back or looked at.
 bool UndoMoves(const fs::path& directory, std::vector<fs::path>& restored) {
-  const std::vector<JournalMove> moves = ReadJournal(directory);
+  const auto moves = ReadJournal(directory);
+  if (!moves) return false;
+  if (moves->empty()) return true;
   std::error_code error;
-  if (moves.empty() || !fs::exists(fs::symlink_status(directory / "new" / moves.back().name, error))) return true;
-  for (std::size_t place = 0; place < moves.size(); ++place) {
-    const fs::path file = directory.parent_path() / moves[place].name;
-    if (!IsSameFile(file, moves[place])) continue;
-    if (moves[place].hasOld)
+  const fs::file_type last = fs::symlink_status(directory / "new" / moves->back().name, error).type();
+  if (last == fs::file_type::not_found) return true;
+  if (last == fs::file_type::none) return false;
+  for (std::size_t place = 0; place < moves->size(); ++place) {
+    const JournalMove& move = (*moves)[place];
+    const fs::path file = directory.parent_path() / move.name;
+    if (fs::symlink_status(file, error).type() == fs::file_type::none) return false;
+    if (!IsSameFile(file, move)) continue;
+    if (move.hasOld)
       fs::rename(directory / "old" / std::to_string(place), file, error);
     else
       fs::remove(file, error);
@@ -110,11 +127,27 @@ void ClearLeftover(const fs::path& directory, std::vector<fs::path>& restored) {
   if (rmdir(directory.c_str()) == 0) return;
   bool locked = false;
   const int lock = OpenLock(directory, 0, locked);
-  if (locked && UndoMoves(directory, restored)) RemoveStaging(directory);
+  if (locked && UndoMoves(directory, restored)) RemoveStaging(directory.c_str());
   if (lock >= 0) close(lock);
 }
 
 }  // namespace
+
+std::vector<fs::path> ListFolder(const fs::path& folder) {
+  const auto close = [](DIR* open) { closedir(open); };
+  const std::unique_ptr<DIR, decltype(close)> open(opendir(folder.c_str()), close);
+  std::vector<fs::path> entries;
+  while (open) {
+    errno = 0;
+    const dirent* const entry = readdir(open.get());
+    if (!entry) break;
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") entries.push_back(folder / name);
+  }
+  if (errno != 0)
+    throw fs::filesystem_error("can't be listed", folder, std::error_code(errno, std::generic_category()));
+  return entries;
+}
 
 void WriteJournal(const fs::path& directory, std::vector<JournalMove> moves) {
   rapidjson::StringBuffer text;
@@ -151,27 +184,41 @@ int LockStaging(const fs::path& directory) {
   return -1;
 }
 
-void RemoveStaging(const fs::path& directory) {
-  std::error_code error, ignored;
-  std::vector<fs::path> entries;
-  for (fs::directory_iterator entry(directory, error), end; !error && entry != end; entry.increment(error))
-    if (entry->path().filename() != "lock") entries.push_back(entry->path());
-  for (const fs::path& entry : entries) fs::remove_all(entry, error);
-  if (fs::remove(directory / "lock", ignored) || entries.empty()) fs::remove(directory, ignored);
+namespace {
+
+void RemoveOnce(const fs::path& directory) {
+  std::error_code ignored;
+  bool hadOthers = false;
+  for (const fs::path& entry : ListFolder(directory)) {
+    if (entry.filename() == "lock") continue;
+    hadOthers = true;
+    if (fs::is_directory(fs::symlink_status(entry, ignored)))
+      for (const fs::path& file : ListFolder(entry)) fs::remove(file, ignored);
+    fs::remove(entry, ignored);
+  }
+  if (fs::remove(directory / "lock", ignored) || !hadOthers) fs::remove(directory, ignored);
+}
+
+}  // namespace
+
+void RemoveStaging(const char* directory) noexcept {
+  constexpr int kAttempts = 2;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    try {
+      RemoveOnce(directory);
+      if (access(directory, F_OK) != 0) return;
+    } catch (const std::exception&) {  // what stays is cleared by the next run
+    }
+  }
 }
 
 std::vector<fs::path> ClearLeftovers(const fs::path& parent) {
-  std::vector<fs::path> directories;
-  std::error_code error;
-  for (fs::directory_iterator entry(parent, error), end; !error && entry != end; entry.increment(error))
-    if (IsStagingName(entry->path().filename().string()) && IsOwnDirectory(entry->path()))
-      directories.push_back(entry->path());
   std::vector<fs::path> restored;
-  for (const fs::path& directory : directories) {
-    try {
-      ClearLeftover(directory, restored);
-    } catch (const std::system_error&) {  // of the flush; the next run tries again
-    }
+  try {
+    for (const fs::path& directory : ListFolder(parent))
+      if (IsStagingName(directory.filename().string()) && IsOwnDirectory(directory))
+        ClearLeftover(directory, restored);
+  } catch (const std::system_error&) {  // the next run tries again
   }
   return restored;
 }

@@ -27,6 +27,10 @@ struct JournalMove {
   bool hasOld = false;
 };
 
+// What is in a directory, in no order. Throws std::filesystem::filesystem_error. (A directory_iterator ends the
+// program when it finds no memory.)
+std::vector<std::filesystem::path> ListFolder(const std::filesystem::path& folder);
+
 // Notes the moves of a staging directory, in their order, on the disk. Throws std::filesystem::filesystem_error.
 void WriteJournal(const std::filesystem::path& directory, std::vector<JournalMove> moves);
 
@@ -34,9 +38,9 @@ void WriteJournal(const std::filesystem::path& directory, std::vector<JournalMov
 // leftover meanwhile. The lock ends with the process, however that ends.
 int LockStaging(const std::filesystem::path& directory);
 
-// Removes a staging directory, its lock last: without it the directory could not be told from that of a living run.
-// What can't be removed stays.
-void RemoveStaging(const std::filesystem::path& directory);
+// Removes a staging directory, its lock last: without it the directory could not be told from that of a living
+// run. What can't be removed stays.
+void RemoveStaging(const char* directory) noexcept;
 
 // Removes the staging directories in `parent` whose runs are gone. A run that was killed while it moved several
 // files is undone. Returns the files that were put back so; what can't be removed stays.

@@ -9,6 +9,7 @@
 #include "tool/exit_codes.h"
 #include "tool/load_options_dialog.h"
 #include "tool/load_options_print.h"
+#include "tool/memory_limit.h"
 #include "tool/report.h"
 
 #include <CLI/CLI.hpp>
@@ -152,8 +153,8 @@ int RunLoadOptions(const LoadOptionsArguments& arguments) {
     report.Error(std::string("--set: ") + error.what());
     return kUsage;
   } catch (const headless::ModuleError& error) {
-    report.Error(error.what());
-    return kUsage;
+    report.Error(MemoryRanOut() ? "out of memory" : error.what());
+    return MemoryRanOut() ? kOutput : kUsage;
   } catch (const headless::ReadError& error) {
     report.Error(error.what());
     return kInput;

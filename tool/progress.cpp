@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -103,7 +104,10 @@ void Progress::SetProbe(std::function<void()> probe) {
 void Progress::Run() {
   std::unique_lock<std::mutex> lock(mutex_);
   while (!ending_) {
-    Draw();
+    try {
+      Draw();
+    } catch (const std::bad_alloc&) {  // the work itself may still get through
+    }
     ended_.wait_for(lock, kRedraw);
   }
 }

@@ -28,7 +28,7 @@ fs::path DirectoryOf(const fs::path& target) {
 // The saver may still be writing into it when a signal ends the command.
 void RemoveWhileWritten(const fs::path& directory) {
   std::error_code ignored;
-  for (int tries = 0; tries < kTries && fs::exists(directory, ignored); ++tries) RemoveStaging(directory);
+  for (int tries = 0; tries < kTries && fs::exists(directory, ignored); ++tries) RemoveStaging(directory.c_str());
 }
 
 struct Move {
@@ -42,8 +42,9 @@ struct Move {
 
 // A second name keeps the old file reachable, so that the target is never missing.
 void BackUp(Move& move, const fs::path& backup) {
-  std::error_code error, none;
-  if (!fs::exists(fs::symlink_status(move.to, none))) return;
+  std::error_code error;
+  // Where it can't be told whether there is one, linking it says why.
+  if (fs::symlink_status(move.to, error).type() == fs::file_type::not_found) return;
   fs::create_hard_link(move.to, backup, error);
   if (error && fs::copy_file(move.to, backup, error)) FlushToDisk(backup);
   if (error) ThrowOf(move, error);
@@ -104,52 +105,50 @@ Staging::Staging(const fs::path& target, std::string stagedName)
     : target_(target), stagedName_(std::move(stagedName)) {
   std::error_code error;
   if (fs::is_directory(target_, error)) throw OutputError(target_.string() + ": is a directory");
-  const fs::path parent = fs::absolute(DirectoryOf(target_));
-  if (!fs::is_directory(parent, error))
+  if (!fs::is_directory(fs::absolute(DirectoryOf(target_)), error))
     throw OutputError(target_.string() + ": there is no folder " + DirectoryOf(target_).string());
-  const auto fail = [&](const std::string& reason) {
-    throw OutputError(target_.string() + ": can't write into " + DirectoryOf(target_).string() + ": " + reason);
-  };
-  // Between making the directory and locking it another run may take it for a leftover.
-  std::optional<readers::InterruptPause> pause(std::in_place);
-  for (int tries = 0; lock_ < 0; ++tries) {
-    std::string name = (parent / (std::string(kStagingPrefix) + "XXXXXX")).string();
-    if (!mkdtemp(name.data())) fail(std::strerror(errno));
-    directory_ = name;
-    lock_ = LockStaging(directory_);
-    const int reason = errno;
-    if (lock_ < 0 && (fs::remove(directory_, error) || tries == kTries)) fail(std::strerror(reason));
-  }
-  removal_ =
-      std::make_unique<readers::InterruptAction>([directory = directory_] { RemoveWhileWritten(directory); });
-  pause.reset();
-  for (const char* folder : {"new", "old"}) {
-    if (fs::create_directory(directory_ / folder, error)) continue;
-    const std::string reason = error.message();
-    RemoveStaging(directory_);
-    close(lock_);
-    fail(reason);
-  }
-  for (const fs::path& file : ClearLeftovers(parent))
+  MakeDirectory();
+  for (const fs::path& file : ClearLeftovers(fs::absolute(DirectoryOf(target_))))
     notes_.push_back(file.string() + ": put back as it was before a run that was killed");
 }
 
-Staging::~Staging() {
-  RemoveStaging(directory_);
-  close(lock_);
+void Staging::MakeDirectory() {
+  const auto fail = [&](const std::string& reason) {
+    throw OutputError(target_.string() + ": can't write into " + DirectoryOf(target_).string() + ": " + reason);
+  };
+  const std::string pattern =
+      (fs::absolute(DirectoryOf(target_)) / (std::string(kStagingPrefix) + "XXXXXX")).string();
+  std::error_code error;
+  // Between making the directory and locking it another run may take it for a leftover.
+  std::optional<readers::InterruptPause> pause(std::in_place);
+  for (int tries = 0; place_.lock < 0; ++tries) {
+    place_.directory = pattern;
+    if (!mkdtemp(place_.directory.data())) fail(std::strerror(errno));
+    place_.lock = LockStaging(place_.directory);
+    const int reason = errno;
+    if (place_.lock < 0 && (fs::remove(place_.directory, error) || tries == kTries)) fail(std::strerror(reason));
+  }
+  removal_ = std::make_unique<readers::InterruptAction>(
+      [directory = fs::path(place_.directory)] { RemoveWhileWritten(directory); });
+  pause.reset();
+  for (const char* folder : {"new", "old"})
+    if (!fs::create_directory(fs::path(place_.directory) / folder, error)) fail(error.message());
+}
+
+Staging::Place::~Place() {
+  if (!directory.empty()) RemoveStaging(directory.c_str());
+  if (lock >= 0) close(lock);
 }
 
 void Staging::Flush() const {
-  for (const fs::directory_entry& entry : fs::directory_iterator(Directory())) FlushToDisk(entry.path());
+  for (const fs::path& file : ListFolder(Directory())) FlushToDisk(file);
 }
 
 std::vector<fs::path> Staging::MoveIntoPlace() const {
   Flush();
   std::vector<Move> moves;
-  for (const fs::directory_entry& entry : fs::directory_iterator(Directory())) {
-    if (entry.path().filename() != stagedName_)
-      moves.push_back({entry.path(), DirectoryOf(target_) / entry.path().filename(), {}});
-  }
+  for (const fs::path& file : ListFolder(Directory()))
+    if (file.filename() != stagedName_) moves.push_back({file, DirectoryOf(target_) / file.filename(), {}});
   std::sort(moves.begin(), moves.end(), [](const Move& a, const Move& b) { return a.to < b.to; });
   moves.push_back({File(), target_, {}});
   std::vector<fs::path> files;
@@ -158,7 +157,7 @@ std::vector<fs::path> Staging::MoveIntoPlace() const {
   moves.erase(std::remove_if(moves.begin(), moves.end(), unchanged), moves.end());
 
   FlushToDisk(Directory());
-  if (moves.size() > 1) KeepOldFiles(moves, directory_);
+  if (moves.size() > 1) KeepOldFiles(moves, place_.directory);
   RunMoves(moves);
   FlushToDisk(DirectoryOf(target_));
   return files;

@@ -21,12 +21,11 @@ class Staging {
   // interrupt. `stagedName` is the file's name in staging.
   Staging(const std::filesystem::path& target, std::string stagedName);
   explicit Staging(const std::filesystem::path& target) : Staging(target, target.filename().string()) {}
-  ~Staging();
   Staging(const Staging&) = delete;
   Staging& operator=(const Staging&) = delete;
 
   // Where to write.
-  std::filesystem::path Directory() const { return directory_ / "new"; }
+  std::filesystem::path Directory() const { return std::filesystem::path(place_.directory) / "new"; }
   std::filesystem::path File() const { return Directory() / stagedName_; }
   // A line for each file of a killed run that was put back as it had been before it.
   const std::vector<std::string>& Notes() const { return notes_; }
@@ -41,12 +40,24 @@ class Staging {
   std::vector<std::filesystem::path> MoveIntoPlace() const;
 
  private:
+  // Takes the directory and all that is in it along, also out of a constructor that fails.
+  struct Place {
+    Place() = default;
+    ~Place();
+    Place(const Place&) = delete;
+    Place& operator=(const Place&) = delete;
+
+    std::string directory;  // empty before there is one
+    int lock = -1;
+  };
+
+  void MakeDirectory();
+
   std::filesystem::path target_;
   std::string stagedName_;
-  std::filesystem::path directory_;
-  int lock_ = -1;
   std::vector<std::string> notes_;
   std::unique_ptr<readers::InterruptAction> removal_;
+  Place place_;
 };
 
 }  // namespace tool

@@ -1,0 +1,68 @@
+// Commands of which one allocation of memory fails, or all from one on.
+#include "tests/support/fault_fixture.h"
+
+namespace {
+
+using namespace test_support;
+
+std::vector<std::string> ExportOf(const std::string& scene, const std::string& output,
+                                  std::vector<std::string> more = {}) {
+  more.insert(more.begin(), {"export", "SOURCE/" + scene, "-o", "OUT/" + output});
+  return more;
+}
+
+const FaultCase kCases[] = {
+    {"meshes", ExportOf("tests/golden/meshes.orvo", "a.glb")},
+    {"materials", ExportOf("tests/golden/materials.orvo", "a.gltf")},
+    {"textures", ExportOf("tests/golden/textures.orvo", "a.glb")},
+    {"copies", ExportOf("tests/golden/copies.orvo", "a.gltf", {"--report", "OUT/report.json"})},
+    {"skin", ExportOf("tests/golden/skin_groups.orvo", "a.glb")},
+    {"skin_files", ExportOf("tests/golden/skin_graph.orvo", "a.gltf")},
+    {"animation", ExportOf("tests/golden/animation.orvo", "a.glb")},
+    {"actors", ExportOf("tests/golden/actions.orvo", "a.glb")},
+    {"obj", ExportOf("examples/pyramid.obj", "a.gltf")},
+    {"warnings", ExportOf("examples/warnings.orvo", "a.glb", {"--verbose"})},
+    {"refused", ExportOf("tests/golden/validator_codes.json", "a.glb"), kInput},
+    {"options", {"load-options", "--set", "importUnits=2"}},
+    {"options_file", {"load-options", "--write", "OUT/record"}},
+    {"record", {"record", "SOURCE/tests/golden/copies.orvo", "-o", "OUT/a.orvo", "--binary"}},
+};
+
+class FailingMemory : public FaultTest {
+ protected:
+  // Either it did without, or it says so and leaves all as it was.
+  bool IsSound(const FaultRun& run) const {
+    if (run.exitCode == Sound().exitCode && run.Complaints() == Sound().Complaints())
+      return FindStand() == Stand::New;
+    return (run.exitCode == kInput || run.exitCode == kOutput) && LeftOld(run) &&
+           (run.Says("out of memory") || run.Says("annot allocate memory"));
+  }
+  void Sweep(FaultKind kind, std::uint64_t step) {
+    FaultServer* const server = Start(GetParam());
+    if (!server) return;
+    const std::uint64_t count = Sound().result.allocations;
+    ASSERT_GT(count, 100u);
+    std::map<int, int> codes;
+    const char* const only = std::getenv("VORNEL_FAULT_ONLY");
+    if (only) step = count;
+    for (std::uint64_t place = only ? std::strtoull(only, nullptr, 10) : 1 + count % step; place <= count;
+         place += step) {
+      const FaultRun run = RunFaulty({kind, 0, place});
+      EXPECT_EQ(run.result.hit, 1);
+      EXPECT_TRUE(IsSound(run)) << "allocation " << place << " of " << count << ": " << run.exitCode << ", "
+                                << testing::PrintToString(Files()) << '\n'
+                                << run.errors;
+      ++codes[run.exitCode];
+    }
+    RecordProperty("allocations", std::to_string(count));
+    EXPECT_GT(codes[kOutput], 0);
+  }
+};
+
+TEST_P(FailingMemory, OneAllocation) { Sweep(FaultKind::Allocation, FaultStep(211)); }
+
+TEST_P(FailingMemory, AllFromOneOn) { Sweep(FaultKind::Exhaustion, FaultStep(997)); }
+
+INSTANTIATE_TEST_SUITE_P(Commands, FailingMemory, testing::ValuesIn(kCases), NameOf);
+
+}  // namespace
