@@ -74,8 +74,10 @@ std::string ReadSmallFile(const fs::path& file, std::size_t limit) {
   const auto close = [](std::FILE* stream) { std::fclose(stream); };
   const std::unique_ptr<std::FILE, decltype(close)> stream(std::fopen(file.c_str(), "rbe"), close);
   if (!stream) throw ReadError(file.string() + ": can't be read: " + std::strerror(errno));
-  std::string bytes(limit + 1, '\0');
-  bytes.resize(std::fread(bytes.data(), 1, bytes.size(), stream.get()));
+  std::string bytes;
+  char block[4096];
+  for (std::size_t count; bytes.size() <= limit && (count = std::fread(block, 1, sizeof block, stream.get())) > 0;)
+    bytes.append(block, count);
   if (std::ferror(stream.get())) throw ReadError(file.string() + ": can't be read: " + std::strerror(errno));
   if (bytes.size() > limit)
     throw ReadError(file.string() + ": is longer than " + std::to_string(limit) + " bytes");

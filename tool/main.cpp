@@ -3,8 +3,10 @@
 #include "tool/command_line.h"
 #include "tool/memory_limit.h"
 
+#include <cstdio>
 #include <fcntl.h>
 #include <new>
+#include <system_error>
 #include <unistd.h>
 
 // What jemalloc, where it is linked, takes its options from. A run is short: giving freed pages back to the system
@@ -35,5 +37,8 @@ int main(int argc, char** argv) {
   } catch (const std::bad_alloc&) {
     // Before a subcommand runs, or while it tells of what went wrong.
     return tool::TellOutOfMemory();
+  } catch (const std::system_error& error) {  // no thread can be started
+    std::fprintf(stderr, "vornel: error: %s\n", error.what());
+    return tool::kOutput;
   }
 }

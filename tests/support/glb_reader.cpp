@@ -37,7 +37,7 @@ std::string Expected(const char* what, std::uint64_t expected, std::uint64_t fou
 std::vector<std::uint8_t> BytesOf(const std::string& text) { return {text.begin(), text.end()}; }
 
 void ParseText(GltfFile& file, const std::filesystem::path& path) {
-  file.json.Parse(file.text.data(), file.text.size());
+  file.json.Parse<rapidjson::kParseFullPrecisionFlag>(file.text.data(), file.text.size());
   Check(!file.json.HasParseError(), path,
         std::string("bad JSON: ") + rapidjson::GetParseError_En(file.json.GetParseError()) + " at byte " +
             std::to_string(file.json.GetErrorOffset()));

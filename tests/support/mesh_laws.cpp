@@ -123,6 +123,7 @@ void CheckBounds(const GltfFile& file) {
     if (!accessor.HasMember("min")) continue;
     const std::vector<double> values = AccessorValues(file, index);
     const unsigned width = accessor["min"].Size();
+    if (values.empty()) continue;
     for (unsigned axis = 0; axis < width; ++axis) {
       double low = values[axis], high = values[axis];
       for (std::size_t i = axis; i < values.size(); i += width) {
@@ -130,7 +131,7 @@ void CheckBounds(const GltfFile& file) {
         high = std::max(high, values[i]);
       }
       Require(accessor["min"][axis].GetDouble() == low && accessor["max"][axis].GetDouble() == high,
-              "bounds of accessor " + std::to_string(index));
+              "bounds of accessor " + std::to_string(index) + ": " + TextOf(accessor));
     }
   }
 }
