@@ -2,6 +2,16 @@
 
 #include <cassert>
 
+namespace {
+
+// Clearing would keep the memory.
+template <class... Containers>
+void Free(Containers&... containers) {
+  ((containers = Containers()), ...);
+}
+
+}  // namespace
+
 GltfColorMap* GltfMesh::CreateColorMap() { return colorMaps.emplace_back(std::make_unique<GltfColorMap>()).get(); }
 
 GltfTangentMap* GltfMesh::CreateTangentMap() {
@@ -11,6 +21,12 @@ GltfTangentMap* GltfMesh::CreateTangentMap() {
 GltfUvMap* GltfMesh::CreateUvMap() { return uvMaps.emplace_back(std::make_unique<GltfUvMap>()).get(); }
 
 GltfSkin* GltfMesh::AddSkin(std::unique_ptr<GltfSkin> skin) { return skins.emplace_back(std::move(skin)).get(); }
+
+void GltfMesh::FreeArrays() {
+  Free(wedgeIndex, positionIndex, colorMaps, tangentMaps, normals, uvMaps, polygonsByTag, polygonsByPart,
+       positions);
+  for (const auto& skin : skins) Free(skin->jointIndices, skin->jointWeights, skin->influenceCount);
+}
 
 bool GltfSkin::AddInfluence(std::uint32_t point, float weight, std::uint32_t joint) {
   assert(point < influenceCount.size());

@@ -1,7 +1,8 @@
 // Plain records of a document: meshes and skins.
 //
-// A corner is one vertex of one triangle, counted over the mesh: corner 3t + c is place c of triangle t. Corners that
-// share their point and all of their values make one wedge: what becomes a vertex in each primitive that shows it.
+// A corner is one vertex of one triangle, counted over the mesh: corner 3t + c is place c of triangle t. Corners
+// that share their point and all of their values make one wedge: what becomes a vertex in each primitive that
+// shows it.
 #pragma once
 
 #include "host/insertion_map.h"
@@ -51,6 +52,8 @@ struct GltfMesh {
   GltfUvMap* CreateUvMap();
   GltfSkin* AddSkin(std::unique_ptr<GltfSkin> skin);
   void AddPosition(double x, double y, double z) { positions.push_back({x, y, z}); }
+  // Frees what is there per corner, wedge and point, that of the skins included.
+  void FreeArrays();
 
   std::uint32_t triangleCount = 0;
   std::vector<std::uint32_t> wedgeIndex;                     // one per corner, numbered by first sight
@@ -64,6 +67,7 @@ struct GltfMesh {
   InsertionMap<std::string, std::vector<std::uint32_t>> polygonsByTag;
   InsertionMap<std::string, std::vector<std::uint32_t>> polygonsByPart;  // not written
   GltfNode* node = nullptr;                                              // the last node SetMesh gave it
+  std::uint32_t nodeCount = 0;                                           // nodes SetMesh gave it
   InsertionMap<std::string, GltfMaterial*> materialByTag;                // a tag not found here gets material 0
   std::vector<std::unique_ptr<GltfSkin>> skins;  // place gives the n of JOINTS_n, WEIGHTS_n
   std::vector<std::array<double, 3>> positions;  // one per point, object space

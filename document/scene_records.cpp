@@ -17,6 +17,7 @@ void GltfNode::AddChild(GltfNode* child) {
 void GltfNode::SetMesh(GltfMesh* newMesh) {
   mesh = newMesh;
   newMesh->node = this;
+  ++newMesh->nodeCount;
 }
 
 void GltfNode::SetCamera(GltfCamera* newCamera) {

@@ -28,17 +28,16 @@ const PathShape& ShapeOf(GltfPath path) {
 }
 
 std::uint32_t AddTimes(GltfDocument& document, const std::vector<GltfKeyframe>& keys) {
-  std::vector<float> times;
-  times.reserve(keys.size());
-  for (const GltfKeyframe& key : keys) times.push_back(static_cast<float>(key.time));
-  float min = times.empty() ? 0.0f : times.front();
-  float max = min;
-  // The unrounded time is compared, which decides when a time is NaN or between two f32 values.
-  for (const GltfKeyframe& key : keys) {
-    if (key.time < static_cast<double>(min)) min = static_cast<float>(key.time);
-    if (key.time > static_cast<double>(max)) max = static_cast<float>(key.time);
+  std::vector<float> times(keys.size());
+  double bounds[] = {0, 0};  // f32 values
+  if (!keys.empty()) bounds[0] = bounds[1] = static_cast<float>(keys.front().time);
+  for (std::size_t i = 0; i < keys.size(); ++i) {
+    const double time = keys[i].time;
+    times[i] = static_cast<float>(time);
+    // The unrounded time is compared, which decides when a time is NaN or between two f32 values.
+    if (time < bounds[0]) bounds[0] = times[i];
+    if (time > bounds[1]) bounds[1] = times[i];
   }
-  const double bounds[] = {min, max};
   return AddFloats(document, std::move(times), GltfAccessorType::Scalar, static_cast<std::uint32_t>(keys.size()),
                    {&bounds[0], 1}, {&bounds[1], 1});
 }
@@ -52,11 +51,11 @@ std::array<double, 4> Normalized(std::array<double, 4> q) {
 
 std::uint32_t AddKeyValues(GltfDocument& document, const std::vector<GltfKeyframe>& keys, GltfPath path) {
   const PathShape& shape = ShapeOf(path);
-  std::vector<float> values;
-  values.reserve(keys.size() * shape.components);
+  std::vector<float> values(keys.size() * shape.components);
+  auto next = values.begin();
   for (const GltfKeyframe& key : keys) {
     const auto value = path == GltfPath::Rotation ? Normalized(key.value) : key.value;
-    for (std::size_t i = 0; i < shape.components; ++i) values.push_back(static_cast<float>(value[i]));
+    for (std::size_t i = 0; i < shape.components; ++i) *next++ = static_cast<float>(value[i]);
   }
   return AddFloats(document, std::move(values), shape.type, static_cast<std::uint32_t>(keys.size()));
 }

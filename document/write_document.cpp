@@ -1,9 +1,11 @@
+#include "document/buffer_data.h"
 #include "document/glb_file.h"
 #include "document/gltf_file.h"
 #include "document/write_animations.h"
 #include "document/write_nodes.h"
 #include "document/write_skins.h"
 #include "host/user_services.h"
+#include "saver/log_message.h"
 
 namespace {
 
@@ -93,6 +95,23 @@ JsonPieces Assemble(const JsonText& head, GltfJson& json, JsonArray& buffers) {
   return pieces;
 }
 
+// All lengths are 32-bit numbers. What would wrap them is refused before any file is opened.
+bool Fits(const GltfDocument& document, const JsonPieces& pieces) {
+  constexpr std::uint64_t kMostBytes = 0xFFFFFFFF;
+  constexpr std::uint64_t kHeaders = 12 + 8 + 8;
+  std::uint64_t bytes = BufferBytes(document);
+  if (document.format == GltfFormat::Glb) {
+    std::uint64_t text = 0;
+    for (const std::string_view piece : pieces) text += piece.size();
+    bytes += kHeaders + (text + 3) / 4 * 4;
+  }
+  if (bytes <= kMostBytes) return true;
+  if (document.log)
+    document.log->Error("Too large for glTF: the data would take %llu bytes, and %llu is the most!",
+                        static_cast<unsigned long long>(bytes), static_cast<unsigned long long>(kMostBytes));
+  return false;
+}
+
 }  // namespace
 
 bool WriteDocument(GltfDocument& document, const std::string& filePath) {
@@ -107,8 +126,9 @@ bool WriteDocument(GltfDocument& document, const std::string& filePath) {
   JsonArray buffers;
   WriteBuffer(buffers, json.buffer);
   const JsonPieces pieces = Assemble(head, json, buffers);
-  const bool written = document.format == GltfFormat::Glb ? WriteGlb(document, filePath, pieces)
-                                                          : WriteGltf(document, filePath, pieces);
+  const bool written =
+      Fits(document, pieces) && (document.format == GltfFormat::Glb ? WriteGlb(document, filePath, pieces)
+                                                                    : WriteGltf(document, filePath, pieces));
   document.json.reset();
   return written;
 }

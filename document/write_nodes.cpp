@@ -50,7 +50,11 @@ void AddNode(GltfDocument& document, GltfNode& node) {
   WrittenNode written{&node, {}, {}, {}};
   if (node.mesh && document.skinnedMeshInWS == 1 && !node.mesh->skins.empty()) node.useMatrix = false;
   // Meshes and cameras aren't shared: each node writes its own anew.
-  if (node.mesh) written.mesh = WriteMesh(document, *node.mesh);
+  if (node.mesh) {
+    written.mesh = WriteMesh(document, *node.mesh);
+    // What is written stands in the data blocks: many meshes needn't be there twice.
+    if (--node.mesh->nodeCount == 0) node.mesh->FreeArrays();
+  }
   if (node.camera) written.camera = WriteCamera(document, *node.camera);
   document.json->writtenNodes.push_back(std::move(written));
   document.nodeIndex.insert({&node, index});

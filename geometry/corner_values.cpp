@@ -63,8 +63,8 @@ void ChooseKeyMaps(MeshScanState& scan) {
   scan.keys.resize(3 * scan.keyMaps.size());
 }
 
-bool ReadKeys(MeshScanState& scan, const ZyPointId (&points)[3]) {
+bool ReadKeys(MeshScanState& scan, std::uint32_t triangle) {
   const auto count = static_cast<std::uint32_t>(scan.keyMaps.size());
   return count > 0 &&
-         ZySucceeded(scan.valueKeys.TriangleKeys(points, scan.keyMaps.data(), count, scan.keys.data()));
+         ZySucceeded(scan.valueKeys.TriangleKeys(triangle, scan.keyMaps.data(), count, scan.keys.data()));
 }

@@ -8,5 +8,5 @@ void ReadCornerValues(MeshScanState& scan, ZyPolygonId polygon, ZyPointId point)
 
 // Decides for which maps the host shall give keys; for none when keys can't stand for a corner's values.
 void ChooseKeyMaps(MeshScanState& scan);
-// Fills scan.keys with those of a triangle's corners. False when there are none.
-bool ReadKeys(MeshScanState& scan, const ZyPointId (&points)[3]);
+// Fills scan.keys with those of the corners of a triangle, counted in the polygon. False when there are none.
+bool ReadKeys(MeshScanState& scan, std::uint32_t triangle);

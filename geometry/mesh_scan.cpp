@@ -40,12 +40,17 @@ void CollectTags(SaveState& state, GltfMesh& mesh) {
   }
 }
 
-void AppendTriangle(InsertionMap<std::string, std::vector<std::uint32_t>>& polygonsByTag, TagCursor& cursor,
-                    const char* tag, std::uint32_t triangle) {
+using TrianglesByTag = InsertionMap<std::string, std::vector<std::uint32_t>>;
+
+TagCursor CursorAt(TrianglesByTag& polygonsByTag, const char* tag) {
+  const auto entry = polygonsByTag.try_emplace(tag).first;
+  return {tag, static_cast<std::size_t>(entry - polygonsByTag.begin())};
+}
+
+void AppendTriangle(TrianglesByTag& polygonsByTag, TagCursor& cursor, const char* tag, std::uint32_t triangle) {
   if (!tag) return;
-  // Entries stay where they are while the map grows.
-  if (tag != cursor.text) cursor = {tag, &polygonsByTag.try_emplace(tag).first.value()};
-  cursor.triangles->push_back(triangle);
+  if (tag != cursor.text) cursor = CursorAt(polygonsByTag, tag);
+  polygonsByTag.nth(cursor.place).value().push_back(triangle);
 }
 
 void RecordTriangle(MeshScanState& scan, const char* materialTag, const char* partTag) {
@@ -55,8 +60,9 @@ void RecordTriangle(MeshScanState& scan, const char* materialTag, const char* pa
   ++mesh.triangleCount;
 }
 
-void ScanTriangle(MeshScanState& scan, ZyPolygonId polygon, const ZyPointId (&points)[3]) {
-  const bool hasKeys = ReadKeys(scan, points);
+// `triangle` counts in the polygon.
+void ScanTriangle(MeshScanState& scan, ZyPolygonId polygon, std::uint32_t triangle, const ZyPointId (&points)[3]) {
+  const bool hasKeys = ReadKeys(scan, triangle);
   for (std::size_t c = 0; c < 3; ++c) {
     const std::uint32_t place = scan.pointIndexById.Find(points[c]);
     const std::uint32_t* const keys = hasKeys ? &scan.keys[c * scan.keyMaps.size()] : nullptr;
@@ -150,7 +156,7 @@ void VisitScannedPolygon(SaveState& state) {
     ZyPointId points[3] = {0, 0, 0};
     current.TriangleByIndex(index, points);
     RecordTriangle(scan, materialTag, partTag);
-    ScanTriangle(scan, polygon, points);
+    ScanTriangle(scan, polygon, index, points);
     ++scan.triangleCount;
   }
 }

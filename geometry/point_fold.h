@@ -11,7 +11,9 @@ class PointFold {
   static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
 
   PointFold() = default;
-  explicit PointFold(std::size_t pointCount) : heads_(pointCount, kNone) { next_.reserve(pointCount); }
+  PointFold(std::size_t pointCount, std::size_t expectedEntries) : heads_(pointCount, kNone) {
+    next_.reserve(expectedEntries);
+  }
 
   // The number of the point's entry for which `same(entry)` holds, kNone without one. `hash()` must give equal
   // numbers for corners that are the same.

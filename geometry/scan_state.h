@@ -8,7 +8,7 @@
 #include "host/user_mesh.h"
 
 #include <cstdint>
-#include <deque>
+#include <list>
 #include <vector>
 
 struct UvScan {
@@ -40,7 +40,7 @@ struct CornerValues {
 // text keeps its pointer.
 struct TagCursor {
   const char* text = nullptr;
-  std::vector<std::uint32_t>* triangles = nullptr;
+  std::size_t place = 0;  // in the table
 };
 
 struct MeshScanState {
@@ -62,7 +62,7 @@ struct MeshScanState {
   PointFold wedgesOfPoint;
   std::vector<std::array<double, 3>> hostNormals;  // one per wedge, as the host gave it
   CornerValues corner;                             // of the corner that is being read
-  std::deque<CornerValues> waiting;                // for the place of a point, see wedges.h
+  std::list<CornerValues> waiting;                 // for the place of a point, see wedges.h; mostly empty
 
   // By their keys most corners are known without a look at their values; empty when keys can't tell that.
   std::vector<ZyMeshMapId> keyMaps;

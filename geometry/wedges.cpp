@@ -8,6 +8,9 @@
 
 namespace {
 
+// Corners of a mesh whose tables get room for a wedge each.
+constexpr std::size_t kSmallMesh = 64;
+
 std::array<double, 3> Normalised(const std::array<double, 3>& v) {
   const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
   if (length > 0) return {v[0] / length, v[1] / length, v[2] / length};
@@ -58,16 +61,6 @@ std::uint32_t AddWedge(MeshScanState& scan, std::uint32_t place, const CornerVal
   return scan.wedgesOfPoint.Append(place, [&] { return HashOf(corner); });
 }
 
-std::uint32_t FindWedgeByKeys(const MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {
-  const std::size_t count = scan.keyMaps.size();
-  return scan.wedgesOfPoint.FindListed(place, [&](std::uint32_t wedge) {
-    const std::uint32_t* const known = &scan.keysOfWedge[wedge * count];
-    for (std::size_t m = 0; m < count; ++m)
-      if (keys[m] != known[m] || keys[m] == IZyValueKeys::kNoKey) return false;
-    return true;
-  });
-}
-
 std::uint32_t FoldCorner(MeshScanState& scan, std::uint32_t place, const CornerValues& corner,
                          const std::uint32_t* keys) {
   const std::uint32_t wedge = scan.wedgesOfPoint.Find(
@@ -114,28 +107,22 @@ void UnifyZerosOfPoints(const GltfMesh& mesh, UvScan& uv) {
 void StartWedges(MeshScanState& scan, std::size_t corners) {
   GltfMesh& mesh = *scan.currentMesh;
   const std::size_t points = mesh.positions.size();
-  scan.wedgesOfPoint = PointFold(points);
+  // Most meshes have few points with more than one wedge; those with many are small, boxes for instance.
+  const std::size_t wedges = std::max(points, std::min(corners, kSmallMesh));
+  scan.wedgesOfPoint = PointFold(points, wedges);
   mesh.wedgeIndex.reserve(corners);
-  mesh.positionIndex.reserve(points);  // most meshes have few points with more than one wedge
-  mesh.normals.reserve(points);
-  scan.hostNormals.reserve(points);
+  mesh.positionIndex.reserve(wedges);
+  mesh.normals.reserve(wedges);
+  scan.hostNormals.reserve(wedges);
   for (UvScan& uv : scan.uvScans) {
-    uv.uvMap->data.reserve(points);
-    uv.missing.reserve(points);
+    uv.uvMap->data.reserve(wedges);
+    uv.missing.reserve(wedges);
   }
-  for (ColorScan& color : scan.colorScans) color.colorMap->data.reserve(points);
+  for (ColorScan& color : scan.colorScans) color.colorMap->data.reserve(wedges);
   scan.corner.colors.resize(scan.colorScans.size());
   scan.corner.uvs.resize(scan.uvScans.size());
   scan.corner.missingUvs.resize(scan.uvScans.size());
-  scan.keysOfWedge.reserve(points * scan.keyMaps.size());
-}
-
-bool AddKnownCorner(MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {
-  if (place == kUnknownPoint || !scan.waiting.empty()) return false;
-  const std::uint32_t wedge = FindWedgeByKeys(scan, place, keys);
-  if (wedge == PointFold::kNone) return false;
-  scan.currentMesh->wedgeIndex.push_back(wedge);
-  return true;
+  scan.keysOfWedge.reserve(wedges * scan.keyMaps.size());
 }
 
 void AddCorner(MeshScanState& scan, std::uint32_t place, const std::uint32_t* keys) {

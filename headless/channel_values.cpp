@@ -1,7 +1,5 @@
 #include "headless/channel_values.h"
 
-#include "headless/envelope.h"
-
 #include <bit>
 #include <limits>
 
@@ -54,10 +52,10 @@ void ChannelValues::Show(ChannelRef ref, Layer layer) {
   Slot& slot = slots_[index_.ChannelPlace(ref)];
   if (slot.type == SlotType::NoNumber) return;
   Shown& shown = slot.shown[static_cast<std::size_t>(layer)];
-  shown.curve = Envelope(layer, ref);
+  const EnvelopeData* curve = Envelope(layer, ref);
   // An edit layer that holds nothing of its own shows the setup, with its curve.
-  if (!shown.curve && layer == Layer::Edit && !slot.inForce && !channel.edit)
-    shown.curve = Envelope(Layer::Setup, ref);
+  if (!curve && layer == Layer::Edit && !slot.inForce && !channel.edit) curve = Envelope(Layer::Setup, ref);
+  shown.curve = CurveWalk(curve);
   // A value of another type than the channel's is none.
   const ChannelValue& stored = StoredValue(layer, ref);
   shown.number = AsDouble(HoldsNumber(stored) ? stored : channel.setup);
@@ -143,12 +141,6 @@ const ChannelValue& ChannelValues::StoredValue(Layer layer, ChannelRef ref) cons
   return channel.edit ? *channel.edit : channel.setup;
 }
 
-double ChannelValues::OwnNumber(const ReadState& state, const Slot& slot) const {
-  const Shown& shown = slot.shown[static_cast<std::size_t>(state.layer)];
-  const double value = shown.curve ? EvaluateEnvelope(*shown.curve, state.time, slot.curveHint) : shown.number;
-  return slot.type == SlotType::Integer ? TruncateToInteger(value) : value;
-}
-
 void ChannelValues::StartMemo(const ReadState& state) const {
   const bool isCurrent =
       memo_.stamp != 0 && memo_.revision == revision_ && memo_.state.layer == state.layer &&
@@ -183,13 +175,6 @@ double ChannelValues::DrivenNumber(const ReadState& state, const Slot& slot) con
     memo_.stamps[place] = memo_.stamp;
   }
   return value;
-}
-
-std::optional<double> ChannelValues::NumberAt(const ReadState& state, std::size_t place) const {
-  const Slot& slot = slots_[place];
-  if (slot.type == SlotType::NoNumber) return std::nullopt;
-  const bool isDriven = state.evaluation == Evaluation::Driven && slot.link >= 0;
-  return isDriven ? DrivenNumber(state, slot) : OwnNumber(state, slot);
 }
 
 const std::string* ChannelValues::Text(const ReadState& state, ChannelRef ref) const {

@@ -1,6 +1,7 @@
 // The values of channels in each state of the scene: layers, curves, active clips, links between numbers.
 #pragma once
 
+#include "headless/envelope.h"
 #include "headless/scene_index.h"
 
 #include <array>
@@ -53,7 +54,7 @@ class ChannelValues {
 
   // What a layer shows of a channel, clips in force considered.
   struct Shown {
-    const EnvelopeData* curve = nullptr;
+    CurveWalk curve;
     double number = 0;  // where there is no curve
   };
 
@@ -64,7 +65,6 @@ class ChannelValues {
     const ClipValue* inForce = nullptr;  // of the active clip
     std::int32_t link = -1;              // the link that drives the number
     std::uint32_t linkCount = 0;
-    mutable std::size_t curveHint = 0;
     SlotType type = SlotType::NoNumber;
   };
 
@@ -101,5 +101,18 @@ class ChannelValues {
 
 // Numbers as an integer channel holds them: towards zero, within range.
 std::int32_t TruncateToInteger(double value);
+
+inline double ChannelValues::OwnNumber(const ReadState& state, const Slot& slot) const {
+  const Shown& shown = slot.shown[static_cast<std::size_t>(state.layer)];
+  const double value = shown.curve ? shown.curve.ValueAt(state.time) : shown.number;
+  return slot.type == SlotType::Integer ? TruncateToInteger(value) : value;
+}
+
+inline std::optional<double> ChannelValues::NumberAt(const ReadState& state, std::size_t place) const {
+  const Slot& slot = slots_[place];
+  if (slot.type == SlotType::NoNumber) return std::nullopt;
+  const bool isDriven = state.evaluation == Evaluation::Driven && slot.link >= 0;
+  return isDriven ? DrivenNumber(state, slot) : OwnNumber(state, slot);
+}
 
 }  // namespace headless

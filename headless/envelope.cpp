@@ -9,49 +9,6 @@ namespace {
 
 using Keys = std::vector<KeyData>;
 
-// Whether the curve is between key `place` and the next one; past the last key's time is never.
-bool IsInSegment(const Keys& keys, std::size_t place, double time) {
-  return place + 1 < keys.size() && keys[place].time <= time && time < keys[place + 1].time;
-}
-
-// The last key at or before `time`, which isn't before the first key.
-std::size_t FindSegment(const Keys& keys, double time, std::size_t hint) {
-  if (IsInSegment(keys, hint, time)) return hint;
-  if (IsInSegment(keys, hint + 1, time)) return hint + 1;
-  const auto after = std::upper_bound(keys.begin(), keys.end(), time,
-                                      [](double value, const KeyData& key) { return value < key.time; });
-  return after == keys.begin() ? 0 : static_cast<std::size_t>(after - keys.begin()) - 1;
-}
-
-double Hermite(const KeyData& from, const KeyData& to, double time) {
-  const double length = to.time - from.time;
-  const double t = (time - from.time) / length;
-  const double t2 = t * t, t3 = t2 * t;
-  return (2 * t3 - 3 * t2 + 1) * from.value + (t3 - 2 * t2 + t) * length * from.slopeOut +
-         (3 * t2 - 2 * t3) * to.value + (t3 - t2) * length * to.slopeIn;
-}
-
-// From key `place` on, at or after its time.
-double ValueFrom(const Keys& keys, std::size_t place, double time) {
-  const KeyData& from = keys[place];
-  if (place + 1 == keys.size() || time == from.time) return from.value;
-  const KeyData& to = keys[place + 1];
-  switch (from.interpolation) {
-    case Interpolation::Step:
-      return from.value;
-    case Interpolation::Linear:
-      return from.value + (to.value - from.value) * ((time - from.time) / (to.time - from.time));
-    case Interpolation::Cubic:
-      break;
-  }
-  return Hermite(from, to, time);
-}
-
-double InsideValue(const Keys& keys, double time, std::size_t& hint) {
-  hint = FindSegment(keys, time, hint);
-  return ValueFrom(keys, hint, time);
-}
-
 // Slope at the start of the first segment, or at the end of the last one.
 double FirstSlope(const Keys& keys) {
   const KeyData& from = keys[0];
@@ -80,20 +37,42 @@ double FoldTime(const Keys& keys, double time, Extrapolation extrapolation) {
 
 }  // namespace
 
-double EvaluateEnvelope(const EnvelopeData& envelope, double time, std::size_t& hint) {
-  const Keys& keys = envelope.keys;
+double HermiteBetween(const KeyData& from, const KeyData& to, double time) {
+  const double length = to.time - from.time;
+  const double t = (time - from.time) / length;
+  const double t2 = t * t, t3 = t2 * t;
+  return (2 * t3 - 3 * t2 + 1) * from.value + (t3 - 2 * t2 + t) * length * from.slopeOut +
+         (3 * t2 - 2 * t3) * to.value + (t3 - t2) * length * to.slopeIn;
+}
+
+// A time that isn't outside the keys.
+double CurveWalk::ValueInside(double time) const {
+  const Keys& keys = curve_->keys;
+  const auto after = std::upper_bound(keys.begin(), keys.end(), time,
+                                      [](double value, const KeyData& key) { return value < key.time; });
+  // Before the first key only with a time that is no number.
+  const auto from = after == keys.begin() ? after : after - 1;
+  if (from + 1 == keys.end()) return from->value;
+  segment_ = &*from;
+  return ValueBetween(from[0], from[1], time);
+}
+
+double CurveWalk::Seek(double time) const {
+  const Keys& keys = curve_->keys;
   if (keys.empty()) return 0;
-  // First, since the ends of a long curve lie far away in memory.
-  if (IsInSegment(keys, hint, time)) return ValueFrom(keys, hint, time);
+  if (segment_ && segment_ + 2 <= &keys.back() && segment_[1].time <= time && time < segment_[2].time) {
+    ++segment_;
+    return ValueBetween(segment_[0], segment_[1], time);
+  }
   const bool before = time < keys.front().time;
   const bool after = time > keys.back().time;
-  if (!before && !after) return InsideValue(keys, time, hint);
+  if (!before && !after) return ValueInside(time);
   const KeyData& end = before ? keys.front() : keys.back();
-  const Extrapolation extrapolation = before ? envelope.before : envelope.after;
+  const Extrapolation extrapolation = before ? curve_->before : curve_->after;
   if (keys.size() == 1 || extrapolation == Extrapolation::Constant) return end.value;
   if (extrapolation == Extrapolation::Linear)
     return end.value + (before ? FirstSlope(keys) : LastSlope(keys)) * (time - end.time);
-  return InsideValue(keys, FoldTime(keys, time, extrapolation), hint);
+  return ValueInside(FoldTime(keys, time, extrapolation));
 }
 
 }  // namespace headless

@@ -46,6 +46,7 @@ Evaluator::Evaluator(const SceneIndex& index, const ChannelValues& values)
     : index_(index), values_(values), stack_(index, values), worldNodes_(index.ItemCount(), -1) {
   AddLocators();
   AddMatrixLinks();
+  FindPlainNodes();
 }
 
 bool Evaluator::IsRecorded(ItemIndex item) const {
@@ -106,7 +107,20 @@ void Evaluator::AddMatrixLinks() {
 
 void Evaluator::ForgetRecordedInputs() {
   for (Node& node : nodes_)
-    if (node.part == Part::World && IsRecorded(node.item)) node.inputs.fill(-1);
+    if (node.part == Part::World && IsRecorded(node.item)) {
+      node.part = Part::Recorded;
+      node.inputs.fill(-1);
+    }
+}
+
+void Evaluator::FindPlainNodes() {
+  for (Node& node : nodes_) {
+    auto others = node.inputs;
+    others[kParent] = -1;
+    const bool hasOthers =
+        std::any_of(others.begin(), others.end(), [](std::int32_t input) { return input >= 0; });
+    if (node.part == Part::World && !hasOthers) node.part = Part::Plain;
+  }
 }
 
 // A link whose source depends on its own target isn't followed: the target keeps its own matrix.
@@ -126,8 +140,7 @@ void Evaluator::CutCircles(const DrivenInputs& driven) {
   }
 }
 
-void Evaluator::Refresh(WorldCache& cache) const {
-  if (cache.revision == values_.Revision()) return;
+void Evaluator::Forget(WorldCache& cache) const {
   cache.revision = values_.Revision();
   if (cache.stamps.size() != nodes_.size() || ++cache.stamp == 0) {
     cache.matrices.resize(nodes_.size());
@@ -138,37 +151,43 @@ void Evaluator::Refresh(WorldCache& cache) const {
 
 const Matrix4& Evaluator::World(const ReadState& state, ItemIndex locator, WorldCache& cache) const {
   Refresh(cache);
-  const auto isKnown = [&](std::int32_t node) { return cache.stamps[At(node)] == cache.stamp; };
   const std::int32_t wanted = worldNodes_[At(locator)];
-  if (isKnown(wanted)) return cache.matrices[At(wanted)];
-  pending_.assign(1, wanted);
-  while (!pending_.empty()) {
-    const std::int32_t place = pending_.back();
-    const std::size_t before = pending_.size();
-    if (!isKnown(place))
-      for (const std::int32_t input : nodes_[At(place)].inputs)
-        if (input >= 0 && !isKnown(input)) pending_.push_back(input);
-    if (pending_.size() != before) continue;
-    pending_.pop_back();
-    if (isKnown(place)) continue;
-    cache.matrices[At(place)] = Compute(state, nodes_[At(place)], cache);
-    cache.stamps[At(place)] = cache.stamp;
-  }
+  if (!cache.Knows(wanted)) ComputeWithInputs(state, wanted, cache);
   return cache.matrices[At(wanted)];
 }
 
+void Evaluator::ComputeWithInputs(const ReadState& state, std::int32_t wanted, WorldCache& cache) const {
+  pending_.assign(1, wanted);
+  while (!pending_.empty()) {
+    const std::int32_t place = pending_.back();
+    const Node& node = nodes_[At(place)];
+    const std::size_t before = pending_.size();
+    for (const std::int32_t input : node.inputs)
+      if (input >= 0 && !cache.Knows(input)) pending_.push_back(input);
+    if (pending_.size() != before) continue;
+    pending_.pop_back();
+    if (cache.Knows(place)) continue;
+    cache.matrices[At(place)] = Compute(state, node, cache);
+    cache.stamps[At(place)] = cache.stamp;
+  }
+}
+
 Matrix4 Evaluator::Compute(const ReadState& state, const Node& node, const WorldCache& cache) const {
+  const std::int32_t local = node.inputs[kLocal], parent = node.inputs[kParent];
   switch (node.part) {
+    case Part::Plain:
+      if (parent >= 0) return stack_.LocalMatrix(state, node.item) * cache.matrices[At(parent)];
+      return stack_.LocalMatrix(state, node.item);
+    case Part::Recorded:
+      return Replay(*index_.Scene().items[At(node.item)].world, state);
     case Part::Local:
-      return node.inputs[kLocal] < 0 ? stack_.LocalMatrix(state, node.item)
-                                     : cache.matrices[At(node.inputs[kLocal])];
+      return local < 0 ? stack_.LocalMatrix(state, node.item) : cache.matrices[At(local)];
     case Part::Parent:
-      return node.inputs[kParent] < 0 ? Matrix4() : cache.matrices[At(node.inputs[kParent])];
+      return parent < 0 ? Matrix4() : cache.matrices[At(parent)];
     case Part::World:
       break;
   }
-  return IsRecorded(node.item) ? Replay(*index_.Scene().items[At(node.item)].world, state)
-                               : ComputeWorld(state, node, cache);
+  return ComputeWorld(state, node, cache);
 }
 
 Matrix4 Evaluator::ComputeWorld(const ReadState& state, const Node& node, const WorldCache& cache) const {

@@ -16,6 +16,8 @@ namespace headless {
 
 // The matrices that one channel read has asked for so far. Reused from read to read.
 struct WorldCache {
+  bool Knows(std::int32_t node) const { return stamps[At(node)] == stamp; }
+
   std::vector<Matrix4> matrices;      // by node
   std::vector<std::uint32_t> stamps;  // a matrix is known when its stamp is the current one
   std::uint32_t stamp = 0;
@@ -35,8 +37,9 @@ class Evaluator {
   void GiveBack(std::unique_ptr<WorldCache> cache);
 
  private:
-  // What a node computes. Local and Parent matrices are nodes of their own only where links touch them.
-  enum class Part : std::uint8_t { World, Local, Parent };
+  // What a node computes: the world matrix, as links make it, as a host recorded it, or most often from the own
+  // local and the parent's world matrix alone. Local and Parent matrices are nodes only where links touch them.
+  enum class Part : std::uint8_t { World, Recorded, Plain, Local, Parent };
   enum Input : std::size_t { kLocal, kParent, kWorld, kWpos, kWrot, kWscl, kInputCount };
 
   struct Node {
@@ -51,11 +54,16 @@ class Evaluator {
   void AddLocators();
   void AddMatrixLinks();
   void ForgetRecordedInputs();
+  void FindPlainNodes();
   void CutCircles(const DrivenInputs& driven);
   std::int32_t PartNode(ItemIndex item, Part part, NodesByItem& known);
   bool IsRecorded(ItemIndex item) const;
 
-  void Refresh(WorldCache& cache) const;
+  void Refresh(WorldCache& cache) const {
+    if (cache.revision != values_.Revision()) Forget(cache);
+  }
+  void Forget(WorldCache& cache) const;
+  void ComputeWithInputs(const ReadState& state, std::int32_t wanted, WorldCache& cache) const;
   Matrix4 Compute(const ReadState& state, const Node& node, const WorldCache& cache) const;
   Matrix4 ComputeWorld(const ReadState& state, const Node& node, const WorldCache& cache) const;
 

@@ -8,17 +8,40 @@ namespace headless {
 
 namespace {
 
+// By item: the mesh item itself, or the one that an instance leads to, maybe through others; -1 for no such.
+std::vector<ItemIndex> MeshesBehind(const SceneData& scene, const ItemTypes& types) {
+  constexpr ItemIndex kUnknown = -2;
+  const std::uint32_t meshType = types.Code("mesh"), instanceType = types.Code("meshInst");
+  std::vector<ItemIndex> meshes(scene.items.size(), kUnknown);
+  std::vector<std::size_t> path;
+  for (std::size_t start = 0; start < meshes.size(); ++start) {
+    auto current = static_cast<ItemIndex>(start);
+    path.clear();
+    while (current >= 0 && At(current) < meshes.size() && meshes[At(current)] == kUnknown) {
+      const std::uint32_t type = types.Code(scene.items[At(current)].type);
+      const bool isMesh = types.Derives(type, meshType);
+      meshes[At(current)] = isMesh ? current : -1;  // for a walk that comes here again, in a circle
+      if (isMesh || !types.Derives(type, instanceType)) break;
+      path.push_back(At(current));
+      current = scene.items[At(current)].instanceSource;
+    }
+    const ItemIndex end = current >= 0 && At(current) < meshes.size() ? meshes[At(current)] : -1;
+    for (const std::size_t item : path) meshes[item] = end;
+  }
+  return meshes;
+}
+
 // Every mesh has a mesh and every triangle surface a surface, if an empty one; so has an instance of no mesh.
-SceneData Completed(SceneData data) {
+SceneData Completed(SceneData data, std::vector<ItemIndex>& meshesBehind) {
   const ItemTypes types(data);
+  meshesBehind = MeshesBehind(data, types);
   const std::uint32_t meshType = types.Code("mesh"), instanceType = types.Code("meshInst"),
                       surfaceType = types.Code("triSurf");
   for (std::size_t place = 0; place < data.items.size(); ++place) {
     ItemData& item = data.items[place];
     const std::uint32_t type = types.Code(item.type);
     const bool hasMesh =
-        types.Derives(type, meshType) ||
-        (types.Derives(type, instanceType) && MeshBehindInstance(data, types, static_cast<ItemIndex>(place)) < 0);
+        types.Derives(type, meshType) || (types.Derives(type, instanceType) && meshesBehind[place] < 0);
     if (hasMesh && !item.mesh) item.mesh = std::make_shared<const MeshData>();
     if (!hasMesh && !types.Derives(type, surfaceType)) continue;
     const char* channel = hasMesh ? "mesh" : "surf";
@@ -29,22 +52,8 @@ SceneData Completed(SceneData data) {
 
 }  // namespace
 
-ItemIndex MeshBehindInstance(const SceneData& scene, const ItemTypes& types, ItemIndex instance) {
-  const std::uint32_t meshType = types.Code("mesh"), instanceType = types.Code("meshInst");
-  ItemIndex current = instance;
-  // A chain longer than the scene is a circle.
-  for (std::size_t step = 0; step < scene.items.size(); ++step) {
-    if (current < 0 || At(current) >= scene.items.size()) return -1;
-    const std::uint32_t type = types.Code(scene.items[At(current)].type);
-    if (types.Derives(type, meshType)) return current;
-    if (!types.Derives(type, instanceType)) return -1;
-    current = scene.items[At(current)].instanceSource;
-  }
-  return -1;
-}
-
 HostState::HostState(SceneData data)
-    : scene(Completed(std::move(data))),
+    : scene(Completed(std::move(data), meshesBehind_)),
       index(scene),
       values(index),
       evaluator(index, values),

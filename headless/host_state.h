@@ -18,10 +18,10 @@ namespace headless {
 class Item;
 class SceneObject;
 
-// The mesh item that an instance shows, through instances of instances; -1 when there is none.
-ItemIndex MeshBehindInstance(const SceneData& scene, const ItemTypes& types, ItemIndex instance);
-
 class HostState {
+ private:
+  std::vector<ItemIndex> meshesBehind_;  // by item; filled as the scene is taken, and so stands before it
+
  public:
   explicit HostState(SceneData data);
   ~HostState();
@@ -37,6 +37,8 @@ class HostState {
   IZyScene* Scene();
 
   const std::shared_ptr<MeshStore>& MeshOf(ItemIndex mesh);
+  // The mesh item that an instance shows, through instances of instances; -1 when there is none.
+  ItemIndex MeshBehind(ItemIndex instance) const { return meshesBehind_[At(instance)]; }
   // In the host's form; null when the image map has no image.
   const char* ImagePath(ItemIndex imageMap);
 

@@ -57,7 +57,7 @@ ItemTypes::ItemTypes(const SceneData& scene) {
 }
 
 std::uint32_t ItemTypes::Add(const std::string& name) {
-  const auto [entry, added] = codes_.emplace(name, Count() + 1);
+  const auto [entry, added] = codes_.try_emplace(name, Count() + 1);
   if (added) {
     names_.push_back(name);
     bases_.push_back(0);

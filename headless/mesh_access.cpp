@@ -91,7 +91,7 @@ class PointAccessor final : public HostObject<IZyPoint> {
     const std::uint32_t corner = corners_.Find(polygon, point_);
     if (corner == kNone) return ZYe_FAILED;
     if (!normals_) normals_ = store_->CornerNormals();
-    const double* from = normals_ + std::size_t{3} * corner;
+    const double* from = normals_.get() + std::size_t{3} * corner;
     for (int axis = 0; axis < 3; ++axis) normal[axis] = from[axis];
     return ZYe_OK;
   }
@@ -99,7 +99,7 @@ class PointAccessor final : public HostObject<IZyPoint> {
  private:
   std::shared_ptr<MeshStore> store_;
   const float* positions_;
-  const double* normals_ = nullptr;
+  std::shared_ptr<const double> normals_;
   MapFinder maps_;
   PointFinder points_;
   CornerFinder corners_;
@@ -133,32 +133,15 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyValueKeys> {
 
   zyresult TriangleCount(std::uint32_t& count) override {
     if (polygon_ == kNone) return ZYe_FAILED;
-    if (recorded_ || size_ > 4) {
-      const TriangleTable& table = Table();
-      count = table.starts[polygon_ + 1] - table.starts[polygon_];
-    } else {
-      count = size_ < 3 ? 0 : size_ - 2;
-    }
+    count = CountTriangles();
     return ZYe_OK;
   }
 
   zyresult TriangleByIndex(std::uint32_t index, ZyPointId (&points)[3]) override {
-    std::uint32_t count = 0;
-    if (ZyFailed(TriangleCount(count)) || index >= count) return ZYe_FAILED;
+    std::uint32_t found[3];
+    if (!FindTriangle(index, found)) return ZYe_FAILED;
     store_->CountTriangle();
-    if (recorded_ || size_ > 4) {
-      const TriangleTable& table = Table();
-      const std::uint32_t* triangle = table.points + (std::size_t{table.starts[polygon_]} + index) * 3;
-      for (int place = 0; place < 3; ++place) points[place] = points_.IdOf(triangle[place]);
-    } else if (size_ == 3) {
-      for (std::uint32_t place = 0; place < 3; ++place)
-        points[place] = points_.IdOf(cornerPoints_[begin_ + place]);
-    } else {
-      const std::uint32_t* triangle = SplitQuad(mesh_.points.data(), cornerPoints_ + begin_)[index];
-      for (int place = 0; place < 3; ++place) {
-        points[place] = points_.IdOf(cornerPoints_[begin_ + triangle[place]]);
-      }
-    }
+    for (int place = 0; place < 3; ++place) points[place] = points_.IdOf(found[place]);
     return ZYe_OK;
   }
 
@@ -179,15 +162,14 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyValueKeys> {
     return WriteValue(*view, view->cornerValues ? view->cornerValues[corner_] : kNone, value);
   }
 
-  zyresult TriangleKeys(const ZyPointId (&points)[3], const ZyMeshMapId* maps, std::uint32_t count,
+  zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
                         std::uint32_t* keys) override {
     std::uint32_t corners[3];
-    if (polygon_ == kNone || !FindCorners(points, corners)) return ZYe_FAILED;
-    for (const std::uint32_t corner : corners) {
-      for (std::uint32_t map = 0; map < count; ++map) {
-        const MapView* view = maps_.Find(maps[map]);
-        *keys++ = view ? ValueAt(*view, corner) : kNoKey;
-      }
+    if (!FindCorners(triangle, corners)) return ZYe_FAILED;
+    for (std::uint32_t map = 0; map < count; ++map) {
+      const MapView* view = maps_.Find(maps[map]);
+      for (std::size_t place = 0; place < 3; ++place)
+        keys[place * count + map] = view ? ValueAt(*view, corners[place]) : kNoKey;
     }
     return ZYe_OK;
   }
@@ -224,11 +206,37 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyValueKeys> {
 
   bool FindOtherCorner(ZyPointId id);
 
-  // False when one of them isn't there.
-  bool FindCorners(const ZyPointId (&ids)[3], std::uint32_t (&corners)[3]) {
-    for (std::size_t place = 0; place < 3; ++place) {
-      const std::uint32_t point = points_.Find(ids[place]);
-      corners[place] = point == kNone ? kNone : corners_.Find(polygon_, point);
+  bool HasTable() const { return recorded_ || size_ > 4; }
+
+  std::uint32_t CountTriangles() {
+    if (!HasTable()) return size_ < 3 ? 0 : size_ - 2;
+    const TriangleTable& table = Table();
+    return table.starts[polygon_ + 1] - table.starts[polygon_];
+  }
+
+  // The points of a triangle of the current polygon; false when there is none.
+  bool FindTriangle(std::uint32_t index, std::uint32_t (&points)[3]) {
+    if (polygon_ == kNone || index >= CountTriangles()) return false;
+    if (HasTable()) {
+      const TriangleTable& table = Table();
+      std::copy_n(table.points + (std::size_t{table.starts[polygon_]} + index) * 3, 3, points);
+    } else if (size_ == 3) {
+      std::copy_n(cornerPoints_ + begin_, 3, points);
+    } else {
+      const std::uint32_t* triangle = SplitQuad(mesh_.points.data(), cornerPoints_ + begin_)[index];
+      for (int place = 0; place < 3; ++place) points[place] = cornerPoints_[begin_ + triangle[place]];
+    }
+    return true;
+  }
+
+  // The polygon's first corners at a triangle's points; false when one isn't there.
+  bool FindCorners(std::uint32_t triangle, std::uint32_t (&corners)[3]) {
+    std::uint32_t points[3];
+    if (!FindTriangle(triangle, points)) return false;
+    const bool isDistinct = points[0] != points[1] && points[0] != points[2] && points[1] != points[2];
+    const bool isPolygon = size_ == 3 && !HasTable() && isDistinct;
+    for (std::uint32_t place = 0; place < 3; ++place) {
+      corners[place] = isPolygon ? begin_ + place : corners_.Find(polygon_, points[place]);
       if (corners[place] == kNone) return false;
     }
     return true;

@@ -59,16 +59,14 @@ void MeshStore::TriangulatePolygons() {
   triangles_ = {triangleStarts_.data(), trianglePoints_.data()};
 }
 
-const double* MeshStore::CornerNormals() {
-  if (!cornerNormals_) {
-    if (data_->cornerNormals.empty()) {
-      calculatedNormals_ = CalculateCornerNormals(*data_);
-      cornerNormals_ = calculatedNormals_.data();
-    } else {
-      cornerNormals_ = data_->cornerNormals.data();
-    }
+std::shared_ptr<const double> MeshStore::CornerNormals() {
+  if (!data_->cornerNormals.empty()) return {data_, data_->cornerNormals.data()};
+  std::shared_ptr<const std::vector<double>> normals = calculatedNormals_.lock();
+  if (!normals) {
+    normals = std::make_shared<const std::vector<double>>(CalculateCornerNormals(*data_));
+    calculatedNormals_ = normals;
   }
-  return cornerNormals_;
+  return {normals, normals->data()};
 }
 
 std::shared_ptr<MeshStore> MakeMeshStore(std::shared_ptr<const MeshData> data, DemandCount* triangles) {

@@ -40,8 +40,9 @@ class MeshStore {
   std::uint32_t FindExplicitId(ZyPointId id);
   // All triangles when they were recorded, else those of polygons of more than four corners alone.
   const TriangleTable& Triangles();
-  // x, y, z per polygon corner; never null.
-  const double* CornerNormals();
+  // x, y, z per polygon corner; never null. What is calculated lasts as long as somebody holds it, so that a scene
+  // of many meshes doesn't keep the normals of all.
+  std::shared_ptr<const double> CornerNormals();
 
  private:
   void TriangulatePolygons();
@@ -53,8 +54,7 @@ class MeshStore {
   TriangleTable triangles_;
   std::vector<std::uint32_t> triangleStarts_;
   std::vector<std::uint32_t> trianglePoints_;
-  const double* cornerNormals_ = nullptr;
-  std::vector<double> calculatedNormals_;
+  std::weak_ptr<const std::vector<double>> calculatedNormals_;
 };
 
 }  // namespace headless

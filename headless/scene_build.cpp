@@ -129,8 +129,8 @@ SceneData MakeScene() {
 }
 
 ItemIndex AddItem(SceneData& scene, const std::string& type, const std::string& name, ItemIndex parent) {
-  ItemData item;
-  item.id = type + "#" + std::to_string(scene.items.size());
+  ItemData& item = scene.items.emplace_back();
+  item.id = type + "#" + std::to_string(scene.items.size() - 1);
   item.type = type;
   item.name = name;
   item.parent = parent;
@@ -141,7 +141,6 @@ ItemIndex AddItem(SceneData& scene, const std::string& type, const std::string& 
   if (known->isDeformGroup) item.deformGroup.emplace();
   if (known->isGroup) item.group.emplace();
   if (known->isClip) item.clip.emplace();
-  scene.items.push_back(std::move(item));
   return static_cast<ItemIndex>(scene.items.size() - 1);
 }
 

@@ -55,7 +55,7 @@ zyresult SceneService::MeshInstanceSource(IZyItem* item, IZyObject*& source) {
   if (!item) return ZYe_FAILED;
   const ItemIndex instance = HostState::IndexOf(item);
   if (!host_.index.IsOfType(instance, host_.index.Types().Code("meshInst"))) return ZYe_FAILED;
-  const ItemIndex mesh = MeshBehindInstance(host_.scene, host_.index.Types(), instance);
+  const ItemIndex mesh = host_.MeshBehind(instance);
   return host_.Give(mesh < 0 ? instance : mesh, source);  // an instance of no mesh has an empty one of its own
 }
 

@@ -1,6 +1,5 @@
 #include "headless/transform_stack.h"
 
-#include <cmath>
 #include <string_view>
 
 namespace headless {
@@ -14,25 +13,11 @@ constexpr std::string_view kVectorChannels[][3] = {
 // Axes of a rotation by its order channel; the first is the one that a point meets first.
 constexpr std::size_t kRotationOrders[][3] = {{0, 1, 2}, {0, 2, 1}, {1, 0, 2}, {1, 2, 0}, {2, 0, 1}, {2, 1, 0}};
 
-// Turns the two columns that a rotation about `axis` mixes, counter-clockwise as seen from the axis' end.
-void Rotate(Matrix4& matrix, std::size_t axis, double angle) {
-  if (angle == 0.0) return;
-  const double c = std::cos(angle), s = std::sin(angle);
-  const std::size_t u = (axis + 1) % 3, v = (axis + 2) % 3;
-  for (std::size_t row = 0; row < 4; ++row) {
-    const double first = matrix(row, u), second = matrix(row, v);
-    matrix(row, u) = first * c - second * s;
-    matrix(row, v) = first * s + second * c;
-  }
-}
-
 }  // namespace
 
 TransformStack::TransformStack(const SceneIndex& index, const ChannelValues& values)
     : index_(index), values_(values), transformByItem_(index.ItemCount(), -1) {
   const SceneData& scene = index.Scene();
-  if (const auto graph = scene.graphs.find("xfrmCore"); graph != scene.graphs.end())
-    stacks_ = LinkTable(index.ItemCount(), graph->second, LinkEnd::To);
   const ItemTypes& types = index.Types();
   const TransformTypes codes = {{types.Code("translation"), types.Code("rotation"), types.Code("scale")},
                                 {types.Code("transform"), types.Code("shear")}};
@@ -43,6 +28,7 @@ TransformStack::TransformStack(const SceneIndex& index, const ChannelValues& val
     transforms_.push_back(transform);
   }
   CutInverseCircles();
+  AddStacks();
 }
 
 TransformStack::Transform TransformStack::Describe(ItemIndex item, const TransformTypes& types) const {
@@ -82,6 +68,15 @@ void TransformStack::CutInverseCircles() {
       transform.inverseOf = -1;
 }
 
+void TransformStack::AddStacks() {
+  const auto graph = index_.Scene().graphs.find("xfrmCore");
+  if (graph == index_.Scene().graphs.end()) return;
+  std::vector<Link> steps;
+  for (auto link = graph->second.rbegin(); link != graph->second.rend(); ++link)
+    if (index_.HasItem(link->first)) steps.emplace_back(link->second, transformByItem_[At(link->first)]);
+  stacks_ = LinkTable(index_.ItemCount(), steps, LinkEnd::From);
+}
+
 std::array<double, 3> TransformStack::Vector(const ReadState& state, const Transform& transform,
                                              double fallback) const {
   std::array<double, 3> vector;
@@ -89,36 +84,31 @@ std::array<double, 3> TransformStack::Vector(const ReadState& state, const Trans
   return vector;
 }
 
-void TransformStack::Append(const ReadState& state, const Transform& transform, Matrix4& matrix) const {
+void TransformStack::Append(const ReadState& state, const Transform& transform, MatrixColumns& matrix) const {
   switch (transform.kind) {
     case Kind::Identity:
       return;
-    case Kind::Translation: {
-      const auto offset = Vector(state, transform, 0);
-      for (std::size_t row = 0; row < 4; ++row)
-        for (std::size_t axis = 0; axis < 3; ++axis) matrix(row, axis) += matrix(row, 3) * offset[axis];
+    case Kind::Translation:
+      matrix.Translate(Vector(state, transform, 0));
       return;
-    }
     case Kind::Rotation: {
       const auto angles = Vector(state, transform, 0);
       const double order = Number(state, transform.order, 0);
       const bool known = order >= 0 && order < static_cast<double>(std::size(kRotationOrders));
       for (const std::size_t axis : kRotationOrders[known ? static_cast<std::size_t>(order) : 0])
-        Rotate(matrix, axis, angles[axis]);
+        matrix.Rotate(axis, angles[axis]);
       return;
     }
-    case Kind::Scale: {
-      const auto factors = Vector(state, transform, 1);
-      for (std::size_t row = 0; row < 4; ++row)
-        for (std::size_t axis = 0; axis < 3; ++axis) matrix(row, axis) *= factors[axis];
+    case Kind::Scale:
+      matrix.Scale(Vector(state, transform, 1));
       return;
-    }
     case Kind::Matrix:
-      matrix = matrix * *index_.Scene().items[At(transform.item)].matrix;
+      matrix.Multiply(*index_.Scene().items[At(transform.item)].matrix);
   }
 }
 
-void TransformStack::AppendInverse(const ReadState& state, const Transform& transform, Matrix4& matrix) const {
+void TransformStack::AppendInverse(const ReadState& state, const Transform& transform,
+                                   MatrixColumns& matrix) const {
   Direction direction = Direction::Forward;
   const Transform* source = &transform;
   while (source && source->inverseOf >= 0) {
@@ -127,24 +117,21 @@ void TransformStack::AppendInverse(const ReadState& state, const Transform& tran
     source = place < 0 ? nullptr : &transforms_[At(place)];
   }
   if (!source) return;
-  Matrix4 own;
+  MatrixColumns own;
   Append(state, *source, own);
-  matrix = matrix * (direction == Direction::Inverse ? Inverse(own) : own);
+  matrix.Multiply(direction == Direction::Inverse ? Inverse(own.ToMatrix()) : own.ToMatrix());
 }
 
 Matrix4 TransformStack::LocalMatrix(const ReadState& state, ItemIndex locator) const {
-  Matrix4 matrix;
-  const auto stack = stacks_.Of(locator);
-  for (auto item = stack.rbegin(); item != stack.rend(); ++item) {
-    const std::int32_t place = transformByItem_[At(*item)];
-    if (place < 0) continue;
+  MatrixColumns matrix;
+  for (const std::int32_t place : stacks_.Of(locator)) {
     const Transform& transform = transforms_[At(place)];
     if (transform.inverseOf >= 0)
       AppendInverse(state, transform, matrix);
     else
       Append(state, transform, matrix);
   }
-  return matrix;
+  return matrix.ToMatrix();
 }
 
 }  // namespace headless

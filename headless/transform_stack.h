@@ -2,7 +2,7 @@
 #pragma once
 
 #include "headless/channel_values.h"
-#include "host/matrix4.h"
+#include "headless/matrix_columns.h"
 
 #include <array>
 #include <string_view>
@@ -39,15 +39,16 @@ class TransformStack {
   Transform Describe(ItemIndex item, const TransformTypes& types) const;
   std::int64_t PlaceOf(ItemIndex item, std::string_view channel) const;
   void CutInverseCircles();
-  // Applies the transform after what `matrix` does already.
-  void Append(const ReadState& state, const Transform& transform, Matrix4& matrix) const;
-  void AppendInverse(const ReadState& state, const Transform& transform, Matrix4& matrix) const;
+  void AddStacks();
+  // Each applies the transform after what the matrix does already.
+  void Append(const ReadState& state, const Transform& transform, MatrixColumns& matrix) const;
+  void AppendInverse(const ReadState& state, const Transform& transform, MatrixColumns& matrix) const;
   double Number(const ReadState& state, std::int64_t place, double fallback) const;
   std::array<double, 3> Vector(const ReadState& state, const Transform& transform, double fallback) const;
 
   const SceneIndex& index_;
   const ChannelValues& values_;
-  LinkTable stacks_;                           // per locator, outermost first
+  LinkTable stacks_;                           // per locator: places of its transforms, innermost first
   std::vector<Transform> transforms_;          // of all transform items
   std::vector<std::int32_t> transformByItem_;  // -1 for other items
 };

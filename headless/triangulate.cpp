@@ -81,6 +81,43 @@ bool FanCovers(const Outline& outline) {
   return true;
 }
 
+double LengthOf(const Point2& a) { return std::hypot(a.u, a.v); }
+
+// Whether two edges cross, by more than rounding could make them.
+bool DoCross(const Point2& a, const Point2& b, const Point2& c, const Point2& d) {
+  constexpr double kClear = 1e-7;  // of their lengths
+  const double margin = kClear * LengthOf(b - a) * LengthOf(d - c);
+  const auto parts = [margin](double left, double right) {
+    return (left > margin && right < -margin) || (left < -margin && right > margin);
+  };
+  return parts(AreaOf(a, b, c), AreaOf(a, b, d)) && parts(AreaOf(c, d, a), AreaOf(c, d, b));
+}
+
+// Whether edges of a polygon cross. The tessellator finds that too, but only when it has met every crossing, of
+// which there may be one for each two edges. A polygon of which too many edges lie side by side counts as well.
+bool CrossesItself(const Outline& outline) {
+  constexpr std::size_t kFewCorners = 16;  // soon tessellated, whatever they do
+  constexpr std::size_t kMostPairs = 100'000'000;
+  const std::size_t size = outline.size();
+  if (size <= kFewCorners) return false;
+  const auto begin = [&](std::size_t edge) { return outline[edge]; };
+  const auto end = [&](std::size_t edge) { return outline[edge + 1 < size ? edge + 1 : 0]; };
+  std::vector<std::size_t> order(size), open;
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  const auto left = [&](std::size_t edge) { return std::min(begin(edge).u, end(edge).u); };
+  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return left(a) < left(b); });
+  std::size_t pairs = 0;
+  for (const std::size_t edge : order) {
+    std::erase_if(open, [&](std::size_t other) { return std::max(begin(other).u, end(other).u) < left(edge); });
+    pairs += open.size();
+    if (pairs > kMostPairs) return true;
+    for (const std::size_t other : open)
+      if (DoCross(begin(edge), end(edge), begin(other), end(other))) return true;
+    open.push_back(edge);
+  }
+  return false;
+}
+
 // Whether the triangle's place at `at` lies inside of the polygon as seen from the corner, between the edge
 // that leaves it and the edge that comes in.
 bool HoldsTriangle(const Outline& outline, std::size_t corner, const Point2& left, const Point2& right) {
@@ -90,8 +127,8 @@ bool HoldsTriangle(const Outline& outline, std::size_t corner, const Point2& lef
   const Point2 previous = outline[(corner + size - 1) % size] - at;
   const Point2 a = left - at;
   const Point2 b = right - at;
-  const double lengthA = std::hypot(a.u, a.v);
-  const double lengthB = std::hypot(b.u, b.v);
+  const double lengthA = LengthOf(a);
+  const double lengthB = LengthOf(b);
   const Point2 middle = {a.u * lengthB + b.u * lengthA, a.v * lengthB + b.v * lengthA};
   if (Cross(next, previous) > 0) return Cross(next, middle) > 0 && Cross(middle, previous) > 0;
   return !(Cross(previous, middle) > 0 && Cross(middle, next) > 0);
@@ -218,7 +255,7 @@ void Triangulator::Append(const float* points, std::span<const std::uint32_t> co
     if (!hasArea) break;
     Project(points, corners, normal, projection, impl_->outline);
     if (FanCovers(impl_->outline)) break;
-    if (!impl_->Tessellate()) continue;
+    if (CrossesItself(impl_->outline) || !impl_->Tessellate()) continue;
     SeparateCorners(impl_->outline, impl_->triangles);
     for (const CornerTriangle& triangle : impl_->triangles) {
       for (const std::uint32_t corner : triangle) triangles.push_back(corners[corner]);

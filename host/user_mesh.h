@@ -36,9 +36,9 @@ class CZyUser_Polygon : public CountedRef<IZyPolygon> {
 
 class CZyUser_ValueKeys : public CountedRef<IZyValueKeys> {
  public:
-  zyresult TriangleKeys(const ZyPointId (&points)[3], const ZyMeshMapId* maps, std::uint32_t count,
+  zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
                         std::uint32_t* keys) const {
-    return Call(&IZyValueKeys::TriangleKeys, points, maps, count, keys);
+    return Call(&IZyValueKeys::TriangleKeys, triangle, maps, count, keys);
   }
 };
 

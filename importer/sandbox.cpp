@@ -124,6 +124,8 @@ void CutTies() {
 }
 
 void SetLimits(const SandboxLimits& limits) {
+  // The command may have lowered its own.
+  Limit(RLIMIT_DATA, RLIM_INFINITY, RLIM_INFINITY);
 #ifndef VORNEL_ADDRESS_SANITIZER  // it maps terabytes that it never touches
   Limit(RLIMIT_AS, limits.memory, limits.memory);
 #endif

@@ -77,6 +77,23 @@ void TakeTexture(const fs::path& directory, const std::string& name, std::uint64
   if (isBareName && IsPlainFile(texture, largestSize)) report.temporaryImages.push_back(texture);
 }
 
+// What the importer may have read: files below the model's folder, named without a detour.
+class ReadableFiles {
+ public:
+  explicit ReadableFiles(const fs::path& model) {
+    std::error_code error;
+    folder_ = fs::canonical(fs::absolute(model, error).parent_path(), error);
+  }
+
+  bool Hold(const fs::path& path) const {
+    const auto [end, place] = std::mismatch(folder_.begin(), folder_.end(), path.begin(), path.end());
+    return !folder_.empty() && end == folder_.end() && place != path.end() && path == path.lexically_normal();
+  }
+
+ private:
+  fs::path folder_;
+};
+
 // Takes warnings, textures and files that were read from the importer's own report.
 void ReadImportReport(const fs::path& file, const fs::path& directory, const ReadOptions& options,
                       ReadReport& report) {
@@ -94,7 +111,9 @@ void ReadImportReport(const fs::path& file, const fs::path& directory, const Rea
     report.warnings.push_back(fmt::format("{}: {} more warnings", file.string(), warnings.size() - count));
   for (const std::string& name : Texts(root, "textures"))
     TakeTexture(directory, name, options.importMemory, report);
-  for (const std::string& other : Texts(root, "files")) report.files.emplace_back(other);
+  const ReadableFiles readable(file);
+  for (const std::string& other : Texts(root, "files"))
+    if (readable.Hold(other)) report.files.emplace_back(other);
 }
 
 headless::SceneData ReadStagedScene(const fs::path& file, const fs::path& directory, const ReadOptions& options) {
@@ -128,15 +147,21 @@ void NameTemporaryImages(const ReadReport& report, headless::SceneData& scene) {
 
 }  // namespace
 
+headless::SceneData ReadImported(const fs::path& file, const fs::path& directory, const ReadOptions& options,
+                                 ReadReport& report) {
+  ReadImportReport(file, directory, options, report);
+  headless::SceneData scene = ReadStagedScene(file, directory, options);
+  scene.directory = file.parent_path().string();
+  NameTemporaryImages(report, scene);
+  return scene;
+}
+
 headless::SceneData ReadForeign(const fs::path& file, const ReadOptions& options, ReadReport& report) {
   MappedFile::Open(file);  // tells what isn't there, can't be read or is no file
   const auto directory = MakePrivateDirectory(file);
   if (const std::optional<std::string> reason = RunImporter(CallFor(file, options, directory->Path())))
     Fail(file, *reason);
-  ReadImportReport(file, directory->Path(), options, report);
-  headless::SceneData scene = ReadStagedScene(file, directory->Path(), options);
-  scene.directory = file.parent_path().string();
-  NameTemporaryImages(report, scene);
+  headless::SceneData scene = ReadImported(file, directory->Path(), options, report);
   if (!report.temporaryImages.empty()) report.keepAlive = directory;
   return scene;
 }

@@ -12,4 +12,8 @@ namespace readers {
 // report.keepAlive. Throws InputError.
 headless::SceneData ReadForeign(const std::filesystem::path& file, const ReadOptions& options, ReadReport& report);
 
+// The second half of it: reads what the importer wrote for `file` into the directory. Throws InputError.
+headless::SceneData ReadImported(const std::filesystem::path& file, const std::filesystem::path& directory,
+                                 const ReadOptions& options, ReadReport& report);
+
 }  // namespace readers

@@ -1,6 +1,7 @@
 #include "readers/import_process.h"
 
 #include "readers/interrupt.h"
+#include "readers/text_utf8.h"
 
 #include <fmt/core.h>
 #include <sys/syscall.h>
@@ -215,10 +216,7 @@ std::optional<std::string> RunImporter(const ImportCall& call) {
 }
 
 std::string PlainLine(std::string text) {
-  for (char& c : text) {
-    const auto code = static_cast<unsigned char>(c);
-    if (code < 0x20 || code == 0x7F) c = '?';
-  }
+  text = WithoutControls(std::move(text));
   if (text.size() <= kLongestLine) return text;
   std::size_t end = kLongestLine;
   while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80) --end;  // not within a character

@@ -23,8 +23,7 @@ struct ImportCall {
 // failed, one line: its own last line of errors, the signal, or the limit; none when it ended with 0.
 std::optional<std::string> RunImporter(const ImportCall& call);
 
-// The text with a question mark for each control character, so that it can't play with a terminal, and cut when it
-// is long.
+// The text without control characters, and cut when it is long.
 std::string PlainLine(std::string text);
 
 }  // namespace readers

@@ -126,8 +126,12 @@ void FillTransforms(const SceneParts& parts, ItemIndex index, const Json& json) 
   for (const ItemIndex transform : stack) parts.scene.graphs["xfrmCore"].emplace_back(transform, index);
   SetMainTransforms(parts, stack, json, parts.scene.items[At(index)]);
   if (const Json* order = Find(json, "rotationOrder")) {
-    if (!Find(json, "rotation")) Fail(*order, "needs a \"rotation\" beside it");
-    ReadRotationOrder(*order, parts.scene.items[At(parts.items.Find(*Find(json, "rotation")))]);
+    const Json* rotation = Find(json, "rotation");
+    if (!rotation) Fail(*order, "needs a \"rotation\" beside it");
+    const auto made = std::find_if(stack.begin(), stack.end(), [&](ItemIndex transform) {
+      return parts.items.Sources()[At(transform)].json == rotation;
+    });
+    ReadRotationOrder(*order, parts.scene.items[At(*made)]);
   }
 }
 

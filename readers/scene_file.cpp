@@ -8,6 +8,7 @@
 #include "readers/scene_json.h"
 #include "readers/scene_mesh.h"
 #include "readers/scene_schema.h"
+#include "readers/text_utf8.h"
 
 #include <fmt/format.h>
 
@@ -33,21 +34,30 @@ void ReadApplication(const Json& value, headless::ApplicationData& application) 
   if (const Json* version = Find(value, "osVersion")) application.osVersion = ReadText(*version);
 }
 
+// The types are looked through for each item.
+constexpr rapidjson::SizeType kMostTypes = 256;
+constexpr int kDeepestType = 16;
+
 void ReadTypes(const Json& value, SceneData& scene) {
+  if (value.MemberCount() > kMostTypes)
+    Fail(value, fmt::format("{} types; a scene can add {}", value.MemberCount(), kMostTypes));
   for (const auto& member : value.GetObject()) {
     const std::string name = ReadText(member.name);
     if (headless::IsKnownType(scene, name)) Fail(member.value, "the host has a type \"" + name + "\" of its own");
     scene.types.emplace_back(name, ReadText(member.value));
   }
+  const Json* tooDeep = nullptr;
   for (const auto& member : value.GetObject()) {
     const std::string base = ReadText(member.value);
     if (!base.empty() && !headless::IsKnownType(scene, base)) Fail(member.value, "unknown type \"" + base + "\"");
     std::string_view type = base;
-    for (std::size_t step = 0; step <= scene.types.size() && !type.empty(); ++step) {
+    for (int step = 0; step < kDeepestType && !type.empty(); ++step) {
       if (type == TextView(member.name)) Fail(member.value, "the types run in a circle");
       type = headless::BaseType(scene, type);
     }
+    if (!type.empty() && !tooDeep) tooDeep = &member.value;  // or on its way into a circle of others
   }
+  if (tooDeep) Fail(*tooDeep, fmt::format("has more than {} types above it", kDeepestType));
 }
 
 // What says how the scene is seen, and nothing of its items.
@@ -143,7 +153,8 @@ SceneData ReadSceneFile(const std::filesystem::path& file, ReadReport& report) {
     return scene;
   } catch (const JsonFault& fault) {
     const std::string place = JsonPlace(tree, fault);
-    throw InputError(fmt::format("{}: {}{}{}", name, place, place.empty() ? "" : ": ", fault.reason));
+    const std::string text = place + (place.empty() ? "" : ": ") + fault.reason;
+    throw InputError(name + ": " + WithoutControls(text));  // keys and texts of the file stand in it
   }
 }
 

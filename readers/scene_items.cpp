@@ -69,18 +69,20 @@ SceneItems::SceneItems(const Json& root, headless::SceneData& scene) : scene_(sc
   if (items && HoldsSceneItem(ReadList(*items))) scene.items.clear();
   sources_.resize(scene.items.size());
   if (items) {
-    for (const Json& item : ReadList(*items).GetArray()) AddTree(item, -1);
+    // Most items bring two transform items or three.
+    scene.items.reserve(scene.items.size() + std::size_t{4} * ReadList(*items).Size());
+    for (const Json& item : items->GetArray()) AddTree(item, -1);
   }
   GiveIds();
   SetParents();
 }
 
-void SceneItems::AddTree(const Json& item, ItemIndex parent) {
+ItemIndex SceneItems::AddTree(const Json& item, ItemIndex parent) {
   const std::string type = TypeOf(ItemObject(item));
   const ItemIndex index = Add({Kind::Item, &item, -1}, item, type, NameOf(item, type), parent);
   AddTransforms(item, index);
   const auto addInline = [this](const Json& value) {
-    if (value.IsObject()) AddTree(value, -1);
+    if (value.IsObject()) AddInside(value, -1);
   };
   if (const Json* locator = readers::Find(item, "textureLocator")) addInline(*locator);
   const auto addList = [&](const Json* list) {
@@ -91,10 +93,13 @@ void SceneItems::AddTree(const Json& item, ItemIndex parent) {
   if (const Json* group = readers::Find(item, "deformGroup")) addList(readers::Find(*group, "deformers"));
   if (const Json* children = readers::Find(item, "children")) {
     for (const Json& child : ReadList(*children).GetArray()) {
-      if (!child.IsString()) AddTree(child, index);
+      if (!child.IsString()) AddInside(child, index);
     }
   }
+  return index;
 }
+
+void SceneItems::AddInside(const Json& item, ItemIndex parent) { byJson_.emplace(&item, AddTree(item, parent)); }
 
 void SceneItems::AddTransforms(const Json& item, ItemIndex locator) {
   const Json* transforms = readers::Find(item, "transforms");
@@ -109,8 +114,8 @@ void SceneItems::AddTransforms(const Json& item, ItemIndex locator) {
     if (entry.IsString()) continue;
     const std::string type = ReadText(Require(entry, "type"));
     const Json* name = readers::Find(entry, "name");
-    Add({Kind::Transform, &entry, locator}, entry, type,
-        name ? ReadText(*name) : Capitalized(TransformLabel(type)), -1);
+    byJson_.emplace(&entry, Add({Kind::Transform, &entry, locator}, entry, type,
+                                name ? ReadText(*name) : Capitalized(TransformLabel(type)), -1));
   }
 }
 
@@ -127,7 +132,6 @@ ItemIndex SceneItems::Add(const ItemSource& source, const Json& place, const std
   }
   const ItemIndex index = headless::AddItem(scene_, type, name, parent);
   sources_.push_back(source);
-  byJson_.emplace(source.json, index);
   return index;
 }
 
@@ -141,7 +145,7 @@ std::string SceneItems::PlainId(ItemIndex index) const {
   return scene_.items[At(source.owner)].id + "." + (isNamed ? item.name : TransformLabel(item.type));
 }
 
-void SceneItems::GiveIds() {
+std::vector<ItemIndex> SceneItems::TakeGivenIds() {
   std::vector<ItemIndex> nameless;
   for (std::size_t i = 0; i < sources_.size(); ++i) {
     const auto index = static_cast<ItemIndex>(i);
@@ -153,27 +157,36 @@ void SceneItems::GiveIds() {
       continue;
     }
     scene_.items[i].id = ReadText(*id);
-    const auto [entry, isNew] = byId_.emplace(scene_.items[i].id, index);
+    const bool isNew = ids_.insert({scene_.items[i].id, IdEntry{index, 0, true}}).second;
     if (!isNew) Fail(*id, "\"" + ReadText(*id) + "\" is the id of another item already");
   }
-  const auto own = byId_;
+  return nameless;
+}
+
+void SceneItems::GiveIds() {
+  ids_.reserve(sources_.size());
+  const std::vector<ItemIndex> nameless = TakeGivenIds();
   for (const ItemIndex index : nameless) {
-    if (sources_[At(index)].kind == Kind::Item) ++ambiguous_[PlainId(index)];
+    if (sources_[At(index)].kind == Kind::Item) ++ids_[scene_.items[At(index)].name].namesakes;
   }
+  // True when the id is free.
+  const auto take = [this](const std::string& id, ItemIndex index) {
+    IdEntry& entry = ids_[id];
+    if (entry.item >= 0) return false;
+    entry.item = index;
+    return true;
+  };
   // An owner stands before its transform items, so that its id is known when theirs are made.
   std::unordered_map<std::string, int> numbers;
   for (const ItemIndex index : nameless) {
-    const std::string plain = PlainId(index);
-    const bool isShared = sources_[At(index)].kind == Kind::Item && ambiguous_[plain] > 1;
     std::string& id = scene_.items[At(index)].id;
-    id = plain;
-    if (!isShared && byId_.try_emplace(plain, index).second) continue;
+    id = PlainId(index);
+    const bool isShared = sources_[At(index)].kind == Kind::Item && ids_[id].namesakes > 1;
+    if (!isShared && take(id, index)) continue;
+    const std::string plain = id;
     int& number = numbers[plain];
     do id = fmt::format("{}#{}", plain, ++number);
-    while (!byId_.try_emplace(id, index).second);
-  }
-  for (auto entry = ambiguous_.begin(); entry != ambiguous_.end();) {
-    entry = entry->second > 1 && own.count(entry->first) == 0 ? std::next(entry) : ambiguous_.erase(entry);
+    while (!take(id, index));
   }
 }
 
@@ -228,14 +241,13 @@ ItemIndex SceneItems::Find(const Json& reference) const {
     const auto item = byJson_.find(&reference);
     if (item != byJson_.end()) return item->second;
   }
-  const std::string id = ReadText(reference);
-  const auto count = ambiguous_.find(id);
-  if (count != ambiguous_.end()) {
-    Fail(reference, fmt::format("{} items are named \"{}\": give them ids", count->second, id));
-  }
-  const auto item = byId_.find(id);
-  if (item == byId_.end()) Fail(reference, "no item has the id \"" + id + "\"");
-  return item->second;
+  const std::string_view id = TextView(reference);
+  const auto known = ids_.find(id);
+  const IdEntry entry = known == ids_.end() ? IdEntry() : known->second;
+  if (entry.namesakes > 1 && !entry.isGiven)
+    Fail(reference, fmt::format("{} items are named \"{}\": give them ids", entry.namesakes, id));
+  if (entry.item < 0) Fail(reference, fmt::format("no item has the id \"{}\"", id));
+  return entry.item;
 }
 
 std::vector<ItemIndex> SceneItems::FindAll(const Json& references) const {
@@ -264,9 +276,8 @@ headless::ChannelRef SceneItems::FindChannel(const Json& reference) const {
 std::vector<ItemIndex> SceneItems::Stack(ItemIndex locator) const {
   std::vector<ItemIndex> stack;
   const Json& item = *sources_[At(locator)].json;
-  for (const VectorKey& row : kVectorKeys) {
-    if (const Json* value = readers::Find(item, row.key)) stack.push_back(byJson_.at(value));
-  }
+  for (ItemIndex next = locator + 1; At(next) < sources_.size() && sources_[At(next)].kind == Kind::Vector; ++next)
+    stack.push_back(next);
   if (const Json* transforms = readers::Find(item, "transforms")) {
     for (const Json& entry : transforms->GetArray()) stack.push_back(Find(entry));
   }

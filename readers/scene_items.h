@@ -2,9 +2,11 @@
 #pragma once
 
 #include "headless/scene_data.h"
+#include "host/insertion_map.h"
 #include "readers/scene_json.h"
 
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -27,7 +29,7 @@ class SceneItems {
  public:
   // Adds all items of the root object's "items" to the scene, in the order of the file, and gives them their
   // ids. An item is followed by its own transform items, by what else stands inside it, and by its children.
-  // Parents are set; nothing else of the items is filled.
+  // Parents are set; nothing else of the items is filled. While this lives no items may be added or removed.
   SceneItems(const Json& root, headless::SceneData& scene);
 
   const std::vector<ItemSource>& Sources() const { return sources_; }  // by item
@@ -41,10 +43,20 @@ class SceneItems {
   std::vector<headless::ItemIndex> Stack(headless::ItemIndex locator) const;
 
  private:
-  void AddTree(const Json& item, headless::ItemIndex parent);
+  // What a name or id stands for.
+  struct IdEntry {
+    headless::ItemIndex item = -1;  // that has the id
+    int namesakes = 0;              // items that have the name and no id of their own
+    bool isGiven = false;           // the id stands in the file
+  };
+
+  headless::ItemIndex AddTree(const Json& item, headless::ItemIndex parent);
+  void AddInside(const Json& item, headless::ItemIndex parent);
   void AddTransforms(const Json& item, headless::ItemIndex locator);
   headless::ItemIndex Add(const ItemSource& source, const Json& place, const std::string& type,
                           const std::string& name, headless::ItemIndex parent);
+  // Returns the items that have none.
+  std::vector<headless::ItemIndex> TakeGivenIds();
   void GiveIds();
   std::string PlainId(headless::ItemIndex index) const;
   void SetParents();
@@ -53,9 +65,8 @@ class SceneItems {
 
   headless::SceneData& scene_;
   std::vector<ItemSource> sources_;
-  std::unordered_map<const Json*, headless::ItemIndex> byJson_;
-  std::unordered_map<std::string, headless::ItemIndex> byId_;
-  std::unordered_map<std::string, int> ambiguous_;  // how many items have the name and no id of their own
+  std::unordered_map<const Json*, headless::ItemIndex> byJson_;  // of what stands inside another item
+  InsertionMap<std::string_view, IdEntry> ids_;                  // the texts are those of the items
 };
 
 }  // namespace readers

@@ -39,10 +39,10 @@ class TreeFilter {
     return number ? number->Accept(tree_) : Refuse("the number is too big");
   }
   bool String(const char* text, rapidjson::SizeType size, bool copy) {
-    return HasZero(text, size) ? Refuse("a text holds a zero character") : tree_.String(text, size, copy);
+    return IsSound({text, size}, "a text") && tree_.String(text, size, copy);
   }
   bool Key(const char* text, rapidjson::SizeType size, bool copy) {
-    return HasZero(text, size) ? Refuse("a key holds a zero character") : tree_.Key(text, size, copy);
+    return IsSound({text, size}, "a key") && tree_.Key(text, size, copy);
   }
   bool StartObject() { return Enter() && tree_.StartObject(); }
   bool EndObject(rapidjson::SizeType count) { return --depth_ >= 0 && tree_.EndObject(count); }
@@ -64,11 +64,19 @@ class TreeFilter {
   }
 
  private:
-  static bool HasZero(const char* text, rapidjson::SizeType size) {
-    return std::string_view(text, size).find('\0') != std::string_view::npos;
+  // An escape can give what no text of a scene may hold.
+  bool IsSound(std::string_view text, const char* what) {
+    if (text.find('\0') != std::string_view::npos) return Refuse(std::string(what) + " holds a zero character");
+    return !HasSurrogate(text) || Refuse(std::string(what) + " holds half a surrogate pair");
   }
-  bool Refuse(const char* reason) {
-    reason_ = reason;
+  // The parser itself finds a first half without a second one only.
+  static bool HasSurrogate(std::string_view text) {
+    for (std::size_t at = text.find('\xED'); at != std::string_view::npos; at = text.find('\xED', at + 1))
+      if (at + 1 < text.size() && static_cast<unsigned char>(text[at + 1]) >= 0xA0) return true;
+    return false;
+  }
+  bool Refuse(std::string reason) {
+    reason_ = std::move(reason);
     return false;
   }
   bool Enter() {
@@ -124,7 +132,8 @@ std::string LineAndColumn(std::string_view text, std::size_t offset) {
 
 void Fail(const Json& value, std::string reason) { throw JsonFault{&value, std::move(reason), {}}; }
 
-void ParseJson(std::string_view text, const std::string& file, LongLists longLists, rapidjson::Document& document) {
+void ParseJson(std::string_view text, const std::string& file, LongLists longLists,
+               rapidjson::Document& document) {
   constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
   if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   TreeGenerator generator{text, longLists, {}, 0};
@@ -161,13 +170,15 @@ std::string JsonPlace(const Json& root, const JsonFault& fault) {
   return place + fault.below;
 }
 
-const Json* Find(const Json& object, const char* key) {
+const Json* Find(const Json& object, std::string_view key) {
   if (!object.IsObject()) Fail(object, "expected an object");
-  const auto member = object.FindMember(key);
-  return member == object.MemberEnd() ? nullptr : &member->value;
+  // Most keys that are asked for aren't there, and their lengths tell that.
+  for (auto member = object.MemberBegin(); member != object.MemberEnd(); ++member)
+    if (member->name.GetStringLength() == key.size() && member->name.GetString() == key) return &member->value;
+  return nullptr;
 }
 
-const Json& Require(const Json& object, const char* key) {
+const Json& Require(const Json& object, std::string_view key) {
   const Json* value = Find(object, key);
   if (!value) Fail(object, "key \"" + std::string(key) + "\" is missing");
   return *value;

@@ -41,9 +41,9 @@ bool FindJson(const Json& from, const Json& target, std::string& place);
 std::string JsonPlace(const Json& root, const JsonFault& fault);
 
 // The value of a key, null when the object lacks it.
-const Json* Find(const Json& object, const char* key);
+const Json* Find(const Json& object, std::string_view key);
 // As Find, but a missing key is a fault.
-const Json& Require(const Json& object, const char* key);
+const Json& Require(const Json& object, std::string_view key);
 
 std::string_view TextView(const Json& value);  // of a text
 std::string ReadText(const Json& value);

@@ -199,23 +199,14 @@ MeshMapData ReadMap(const Json& value, BinaryFiles& files, const MeshData& mesh)
   return map;
 }
 
-// A box about the origin, each side a quad with the whole UV square.
-void BuildBox(const Json& value, MeshData& mesh) {
+// What all boxes share: each side is a quad with the whole UV square.
+MeshData MakeBoxSides() {
   static constexpr std::uint32_t kQuads[] = {0, 1, 3, 2, 4, 6, 7, 5, 0, 4, 5, 1,
                                              2, 3, 7, 6, 0, 2, 6, 4, 1, 5, 7, 3};
-  ReadList(value, 3);
-  const std::array size = {ReadNumber(value[0]), ReadNumber(value[1]), ReadNumber(value[2])};
-  std::vector<float> points;
-  for (unsigned corner = 0; corner < 8; ++corner) {
-    // Bits of the corner's number: x, y, z.
-    for (unsigned axis = 0; axis < 3; ++axis) {
-      points.push_back(static_cast<float>((corner >> (2 - axis) & 1 ? 0.5 : -0.5) * size[axis]));
-    }
-  }
-  mesh.points = std::move(points);
-  mesh.polygonStarts = EvenStarts(6, 4);
-  mesh.polygonPoints = Indices(std::begin(kQuads), std::end(kQuads));
-  MeshMapData uv;
+  MeshData sides;
+  sides.polygonStarts = EvenStarts(6, 4);
+  sides.polygonPoints = Indices(std::begin(kQuads), std::end(kQuads));
+  MeshMapData& uv = sides.maps.emplace_back();
   uv.type = kMapUv;
   uv.name = "Texture";
   uv.dimension = 2;
@@ -223,7 +214,24 @@ void BuildBox(const Json& value, MeshData& mesh) {
   Indices corners(24);
   for (std::size_t i = 0; i < corners.size(); ++i) corners[i] = i % 4;
   uv.cornerValues = std::move(corners);
-  mesh.maps.push_back(std::move(uv));
+  return sides;
+}
+
+// A box about the origin.
+void BuildBox(const Json& value, MeshData& mesh) {
+  static const MeshData sides = MakeBoxSides();
+  ReadList(value, 3);
+  const std::array size = {ReadNumber(value[0]), ReadNumber(value[1]), ReadNumber(value[2])};
+  std::vector<float> points;
+  points.reserve(24);
+  for (unsigned corner = 0; corner < 8; ++corner) {
+    // Bits of the corner's number: x, y, z.
+    for (unsigned axis = 0; axis < 3; ++axis) {
+      points.push_back(static_cast<float>((corner >> (2 - axis) & 1 ? 0.5 : -0.5) * size[axis]));
+    }
+  }
+  mesh = sides;
+  mesh.points = std::move(points);
 }
 
 void ReadShape(const Json& value, BinaryFiles& files, MeshData& mesh) {

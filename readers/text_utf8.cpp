@@ -22,4 +22,12 @@ std::string ToUtf8(std::string text) {
   return {copy.GetString(), copy.GetSize()};
 }
 
+std::string WithoutControls(std::string text) {
+  for (char& c : text) {
+    const auto code = static_cast<unsigned char>(c);
+    if (code < 0x20 || code == 0x7F) c = '?';
+  }
+  return text;
+}
+
 }  // namespace readers

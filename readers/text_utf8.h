@@ -1,4 +1,4 @@
-// Names of files from before UTF-8.
+// Texts of files as they can be shown.
 #pragma once
 
 #include <string>
@@ -7,5 +7,8 @@ namespace readers {
 
 // The text as it is when it is UTF-8, else read as Latin-1, so that whatever is written from it is UTF-8.
 std::string ToUtf8(std::string text);
+
+// The text with a question mark for each control character: one line, which can't play with a terminal.
+std::string WithoutControls(std::string text);
 
 }  // namespace readers

@@ -1,6 +1,7 @@
 #include "saver/log_message.h"
 
 #include <cstdio>
+#include <locale.h>
 
 namespace {
 
@@ -94,7 +95,11 @@ const char* GltfLogMsg::GetVersion() {
 }
 
 void GltfLogMsg::Format(const char* format, std::va_list arguments) {
+  // The host may run under a locale with a decimal comma.
+  static const locale_t kPlain = newlocale(LC_ALL_MASK, "C", nullptr);
+  const locale_t before = uselocale(kPlain);
   std::vsnprintf(buffer_.data(), buffer_.size(), format, arguments);
+  uselocale(before);
 }
 
 bool GltfLogMsg::AddEvent(zyresult severity) {

@@ -3,13 +3,15 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-packages=(g++ clang cmake ninja-build ccache nodejs npm chromium
+packages=(g++ clang libclang-rt-14-dev cmake ninja-build ccache nodejs npm chromium
           rapidjson-dev libfast-float-dev libcli11-dev libfmt-dev libglu1-mesa-dev libtsl-ordered-map-dev libxxhash-dev
           libjemalloc-dev libassimp-dev libseccomp-dev libpng-dev pkg-config
           libgtest-dev libgmock-dev libbenchmark-dev)
 # What the tests with other programs need besides: a scheduler and a runner of jobs, a counter of instructions, the
-# reader of manual pages, the maker of packages.
-if [ "${1:-}" = --with-npm ]; then packages+=(slurm-wlm munge parallel valgrind python3 man-db dpkg-dev); fi
+# reader of manual pages, the maker of packages, the sources of locales, static checks.
+if [ "${1:-}" = --with-npm ]; then packages+=(slurm-wlm munge parallel valgrind python3 man-db dpkg-dev locales cppcheck); fi
+if [ "${1:-}" = --with-coverage ]; then packages+=(gcovr python3); fi
+if [ "${1:-}" = --with-lint ]; then packages+=(cppcheck clang-tidy); fi
 
 missing=()
 for package in "${packages[@]}"; do

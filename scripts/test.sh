@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Installs, builds and runs every test: all of them in release, all but the slow browser ones again under the
-# sanitizers, and the golden bytes once more under clang.
+# sanitizers, the golden bytes once more under clang, random scenes in all three, and each fuzzer for a minute.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/install.sh --with-npm
 scripts/check_layers.sh
+scripts/lint.sh --quick
 
 jobs=$(nproc)
 cmake --preset release >/dev/null
@@ -18,5 +19,8 @@ cmake --build --preset asan
 ctest --preset asan -j "$jobs" -LE web
 
 cmake --preset clang -DVORNEL_BENCH=OFF >/dev/null
-cmake --build --preset clang --target golden_test
+cmake --build --preset clang --target golden_test export_under_locale
 ctest --preset clang -j "$jobs" -L golden
+scripts/check_sameness.sh build/release build/asan build/clang
+
+scripts/fuzz.sh 60

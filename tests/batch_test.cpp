@@ -257,7 +257,7 @@ TEST_F(Batch, AFailedLineStopsNoOther) {
   EXPECT_EQ(Run({"batch", "OUT/list.jsonl", "--summary", "OUT/no/where"}).exitCode, kOutput);
 }
 
-constexpr char kLong[] = R"({"orvo": 1, "time": {"start": 0, "end": 1000000, "fps": 1000}, "items": [
+constexpr char kLong[] = R"({"orvo": 1, "time": {"start": 0, "end": 20000, "fps": 1000}, "items": [
     {"position": {"keys": [[0, 0, 0, 0], [1, 1, 1, 1]]}}]})";
 
 TEST_F(Batch, ASignalEndsAllProcessesAndLeavesNothing) {

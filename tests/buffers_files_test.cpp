@@ -1,3 +1,4 @@
+#include "document/buffer_data.h"
 #include "document/buffers.h"
 #include "document/gltf_file.h"
 #include "tests/support/glb_reader.h"
@@ -58,6 +59,18 @@ TEST_F(BufferTest, LengthsAreUnsignedAndWrap) {
   EXPECT_EQ(document.json->buffer.byteLength, 2415919104u);
   EXPECT_EQ(GrowBuffer(document, 0x90000000u), 0x90000000u);
   EXPECT_EQ(document.json->buffer.byteLength, 536870912u);
+}
+
+TEST_F(BufferTest, ItsWholeLengthDoesNotWrap) {
+  for (const GltfFormat format : {GltfFormat::Glb, GltfFormat::Gltf}) {
+    document.format = format;
+    document.dataBlocks.clear();
+    for (int image = 0; image < 3; ++image)
+      document.dataBlocks.push_back({std::string("a.png"), 0, 0x90000000u, GltfDataKind::ImageFile, 0});
+    document.indices32 = 0;
+    AddIndices(document, {0, 0, 0});
+    EXPECT_EQ(BufferBytes(document), (format == GltfFormat::Glb ? 3 * 0x90000000ull : 0) + 8);
+  }
 }
 
 TEST_F(BufferTest, OptionalKeysAppearOnlyWithAValue) {

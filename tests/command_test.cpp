@@ -300,7 +300,7 @@ TEST_F(Command, NeverWritesOverWhatItReads) {
 }
 
 TEST_F(Command, ASignalLeavesNothingBehind) {
-  WriteFile("long.orvo", R"({"orvo": 1, "time": {"start": 0, "end": 1000000, "fps": 1000}, "items": [
+  WriteFile("long.orvo", R"({"orvo": 1, "time": {"start": 0, "end": 20000, "fps": 1000}, "items": [
       {"position": {"keys": [[0, 0, 0, 0], [1, 1, 1, 1]]}}]})");
   WriteFile("a.glb", "old");
   for (const int number : {SIGTERM, SIGINT, SIGHUP}) {

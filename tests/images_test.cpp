@@ -11,6 +11,9 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
+#include <memory>
+
 namespace {
 
 using test_support::Parsed;
@@ -107,6 +110,22 @@ TEST_F(ImageTest, ABigFileThatShrinksLeavesNothingOfItsOwnBehind) {
   AddImage(document, MakeImageFile(dir.WriteFile("a.png", std::string(200000, 'x'))));
   dir.WriteFile("a.png", std::string(70000, 'y'));
   EXPECT_EQ(Pour(), std::string(70000, 'y') + std::string(130000, '\0'));
+}
+
+// The kernel copies files from their start alone.
+TEST_F(ImageTest, AFileIsCopiedFromItsPlaceOn) {
+  std::string contents;
+  for (int i = 0; i < 150001; ++i) contents += static_cast<char>(i % 251);
+  dir.WriteFile("source", contents);
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> source(std::fopen((dir / "source").c_str(), "rb"),
+                                                               std::fclose);
+  std::fgetc(source.get());
+  FileStream stream(dir.HostPath("poured"));
+  stream.Put('+');
+  EXPECT_EQ(stream.CopyFrom(source.get(), 140000), 140000u);
+  EXPECT_EQ(stream.CopyFrom(source.get(), 140000), 10000u);
+  EXPECT_TRUE(stream.Close());
+  EXPECT_TRUE(ReadWholeFile(dir / "poured") == "+" + contents.substr(1));  // not EXPECT_EQ, which would print them
 }
 
 TEST_F(ImageTest, AHugeFileComesOutWhole) {

@@ -118,6 +118,39 @@ TEST(OutputCheck, NamesWhereANumberThatIsNoneComesFrom) {
   }
 }
 
+// Behind {"buffers": [{"byteLength": 8}],
+struct HostileJson {
+  const char* json;
+  const char* fault;
+};
+
+constexpr HostileJson kHostile[] = {
+    {R"("bufferViews": [{"byteOffset": 18446744073709551615, "byteLength": 2}]})", "buffer view 0 reaches beyond"},
+    {R"("bufferViews": [{"byteLength": 8}],
+        "accessors": [{"bufferView": 0, "count": 4611686018427387905, "type": "SCALAR", "componentType": 5126}]})",
+     "accessor 0 reaches beyond its buffer view"},
+    {R"("bufferViews": [{"byteLength": 8}], "meshes": [{"primitives": [{"attributes": []}, 5]}, 7],
+        "accessors": [{"bufferView": 0, "count": 2, "type": "SCALAR", "componentType": 5126}]})",
+     "a value that is not a number: accessor 0"},
+    {R"("bufferViews": [{"byteLength": 4}], "accessors": [
+        {"bufferView": 0, "count": 1, "type": "SCALAR", "componentType": 5125},
+        {"bufferView": 0, "count": 1, "type": "SCALAR", "componentType": 5125},
+        {"bufferView": 0, "count": 1, "type": "SCALAR", "componentType": 5125}]})",
+     ""},
+};
+
+TEST(OutputCheck, DoesNotCountOnThePlugIn) {
+  const test_support::TempDirectory directory;
+  for (const HostileJson& hostile : kHostile) {
+    SCOPED_TRACE(hostile.json);
+    WriteWhole(directory.Path() / "a.gltf", std::string(R"({"buffers": [{"byteLength": 8}], )") + hostile.json);
+    WriteWhole(directory.Path() / "a.bin", std::string(kNan) + std::string(4, '\0'));
+    const std::string fault = FaultOf(directory.Path() / "a.gltf", headless::SceneData());
+    EXPECT_THAT(fault, StartsWith(hostile.fault));
+    EXPECT_EQ(fault.empty(), hostile.fault[0] == '\0');
+  }
+}
+
 TEST(OutputCheck, WantsAllFilesOfAGltf) {
   const headless::SceneData scene = SceneOf("copies");
   for (const char* missing : {"copies.bin", "red.png", "plain.tga"}) {

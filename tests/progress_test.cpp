@@ -106,7 +106,7 @@ TEST_F(ProgressTest, PlainLinesGoAnywhereAndABarOnlyToATerminal) {
 }
 
 TEST_F(ProgressTest, ASignalTakesTheBarAway) {
-  WriteFile("long.orvo", R"({"orvo": 1, "time": {"start": 0, "end": 1000000, "fps": 1000}, "items": [
+  WriteFile("long.orvo", R"({"orvo": 1, "time": {"start": 0, "end": 20000, "fps": 1000}, "items": [
       {"position": {"keys": [[0, 0, 0, 0], [1, 1, 1, 1]]}}]})");
   Terminal terminal;
   RunningCommand command(Completed({"sh", "-c", "TERM=xterm exec \"$@\" 2>" + terminal.Name(), "sh",

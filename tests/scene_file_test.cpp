@@ -109,6 +109,15 @@ std::string Mesh(const std::string& keys) { return Items(R"({"name": "M", "mesh"
 
 const std::string kTriangle = R"("points": [[0,0,0],[1,0,0],[0,1,0]], "polygons": [[0,1,2]])";
 
+// Keys with a value, as many as there are, each naming the next.
+std::string Chain(int count, const std::string& name, const std::string& last) {
+  std::string keys;
+  for (int i = 0; i < count; ++i)
+    keys += (i == 0 ? "\"" : ", \"") + name + std::to_string(i) + "\": \"" +
+            (i + 1 == count ? last : name + std::to_string(i + 1)) + "\"";
+  return keys;
+}
+
 struct WrongInput {
   std::string json;
   const char* message;
@@ -145,6 +154,9 @@ const WrongInput kTextFaults[] = {
     {R"({"orvo": 1, "exportTagsCommand": "on"})",
      ": /exportTagsCommand: expected \"works\", \"absent\" or \"fails\", found \"on\""},
     {R"({"orvo": 1, "types": {"a": "b", "b": "a"}})", ": /types/a: the types run in a circle"},
+    {R"({"orvo": 1, "types": {"a": "b", "b": "c", "c": "b"}})", ": /types/b: the types run in a circle"},
+    {R"({"orvo": 1, "types": {)" + Chain(18, "t", "") + "}}", ": /types/t0: has more than 16 types above it"},
+    {R"({"orvo": 1, "types": {)" + Chain(257, "t", "") + "}}", ": /types: 257 types; a scene can add 256"},
     {R"({"orvo": 1, "types": {"mesh": "locator"}})", ": /types/mesh: the host has a type \"mesh\" of its own"},
 };
 
@@ -152,6 +164,9 @@ const WrongInput kItemFaults[] = {
     {Items(R"("x")"), ": /items/0: expected an item, an object"},
     {Items(R"({"postion": [0,0,0]})"), ": /items/0/postion: unknown key \"postion\"; is \"position\" meant?"},
     {Items(R"({"type": "mehs"})"), ": /items/0/type: unknown type \"mehs\"; \"types\" can add it"},
+    {Items(R"({"type": "a\n\u001b\u007f"})"), ": /items/0/type: unknown type \"a???\"; \"types\" can add it"},
+    {Items(R"({"channels": {)" + Chain(4097, "c", "") + "}}"),
+     ": /items/0/channels: holds more than 4096 channels"},
     {Items(R"({"id": "a"}, {"children": [{"id": "a"}]})"),
      ": /items/1/children/0/id: \"a\" is the id of another item already"},
     {Items(R"({"name": "a", "parent": "b"})"), ": /items/0/parent: no item has the id \"b\""},

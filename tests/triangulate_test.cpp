@@ -232,6 +232,21 @@ TEST(Triangulate, WithoutAreaOrCrossingItselfIsAFan) {
   }
 }
 
+// Most pairs of its edges cross; meeting all of the crossings would take minutes.
+TEST(Triangulate, ATangleIsAFanAtOnce) {
+  constexpr std::uint32_t kCorners = 6000;
+  std::vector<float> points;
+  std::vector<std::uint32_t> corners;
+  for (std::uint32_t corner = 0; corner < kCorners; ++corner) {
+    points.insert(points.end(), {F(static_cast<int>(corner * 7919 % 6007)), F(static_cast<int>(corner * 104729 % 6011)), 0});
+    corners.push_back(corner);
+  }
+  std::vector<std::uint32_t> triangles;
+  Triangulator().Append(points.data(), corners, triangles);
+  ASSERT_EQ(triangles.size(), 3 * (kCorners - 2));
+  for (std::uint32_t place = 0; place < triangles.size(); place += 3) EXPECT_EQ(triangles[place], 0u);
+}
+
 TEST(Triangulate, SplitsQuads) {
   const std::array<std::uint32_t, 3> from0 = {0, 1, 2};
   const std::array<std::uint32_t, 3> from1 = {0, 1, 3};

@@ -4,6 +4,7 @@
 #include "tool/batch_run.h"
 #include "tool/command_line.h"
 #include "tool/export_arguments.h"
+#include "tool/memory_limit.h"
 #include "tool/output_error.h"
 #include "tool/report.h"
 
@@ -44,6 +45,7 @@ struct BatchArguments {
   std::string summary;  // empty for none
   Verbosity verbosity = Verbosity::Normal;
   ProgressWish progress = ProgressWish::Auto;
+  std::optional<std::uint64_t> maxMemory;  // bytes, of lines that set none
 };
 
 // Those that the scheduler lets this process have.
@@ -188,6 +190,8 @@ int RunBatch(BatchArguments arguments) {
   try {
     Manifest manifest = OpenManifest(arguments);
     KeepTask(arguments, manifest);
+    for (BatchLine& line : manifest.lines)
+      if (!line.arguments.maxMemory) line.arguments.maxMemory = arguments.maxMemory;
     if (arguments.dryRun) return ShowPlan(arguments, manifest);
     Summary summary(arguments.summary);
     const int exitCode =
@@ -232,6 +236,7 @@ void AddBatchOptions(CLI::App& command, BatchArguments& arguments) {
   command
       .add_option("--summary", arguments.summary, "write how each line went, a JSON object a line; - for output")
       ->type_name("FILE");
+  AddMemoryOption(command, arguments.maxMemory);
   command.add_flag_callback(
       "-q,--quiet", [&arguments] { arguments.verbosity = Verbosity::Quiet; }, "show errors only");
   AddProgressOption(command, arguments.progress);

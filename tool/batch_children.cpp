@@ -1,6 +1,7 @@
 #include "tool/batch_children.h"
 
 #include "tool/batch_task.h"
+#include "tool/screen.h"
 
 #include <fmt/core.h>
 #include <sys/mman.h>
@@ -16,6 +17,7 @@
 #include <system_error>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 
 namespace tool {
 namespace {
@@ -68,10 +70,12 @@ struct Streams {
 
 // The line goes in by the input stream, so that it doesn't matter when the manifest changes meanwhile. Throws
 // std::system_error.
-pid_t Start(const Streams& streams) {
-  std::array<std::string, 8> texts = {"vornel", "batch", "-", "--task=1", "--force", "--quiet", "--summary", "-"};
-  std::array<char*, 9> arguments{};
-  for (std::size_t place = 0; place < texts.size(); ++place) arguments[place] = texts[place].data();
+pid_t Start(const Streams& streams, const std::optional<std::uint64_t>& maxMemory) {
+  std::vector<std::string> texts = {"vornel", "batch", "-", "--task=1", "--force", "--quiet", "--summary", "-"};
+  if (maxMemory) texts.push_back(fmt::format("--max-memory={}", *maxMemory >> 20));
+  std::vector<char*> arguments;
+  for (std::string& text : texts) arguments.push_back(text.data());
+  arguments.push_back(nullptr);
   posix_spawn_file_actions_t files;
   posix_spawn_file_actions_init(&files);
   posix_spawn_file_actions_adddup2(&files, streams.input.Descriptor(), STDIN_FILENO);
@@ -116,7 +120,7 @@ ChildOutcome OutcomeOf(const BatchLine& line, const Streams& streams, int status
   }
   std::istringstream stream(streams.errors.Text());
   for (std::string text; std::getline(stream, text);)
-    if (text != kErrorPrefix + result.error) outcome.messages.push_back(text);
+    if (text != PlainText(kErrorPrefix + result.error)) outcome.messages.push_back(text);
   return outcome;
 }
 
@@ -142,7 +146,7 @@ ChildOutcome BatchChildren::Export(const BatchLine& line) {
   pid_t process = 0;
   {
     const std::lock_guard<std::mutex> lock(mutex_);
-    process = Start(streams);
+    process = Start(streams, line.arguments.maxMemory);
     running_.insert(process);
   }
   siginfo_t info = {};

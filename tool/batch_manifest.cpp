@@ -101,7 +101,8 @@ void ManifestReader::Note(std::size_t number, const std::string& fault) {
 
 void ManifestReader::ReadLine(BatchLine& line) {
   rapidjson::Document json;
-  json.Parse<rapidjson::kParseValidateEncodingFlag>(line.text.data(), line.text.size());
+  json.Parse<rapidjson::kParseIterativeFlag | rapidjson::kParseValidateEncodingFlag>(line.text.data(),
+                                                                                     line.text.size());
   if (json.HasParseError())
     throw LineFault(fmt::format("not JSON, column {}: {}", json.GetErrorOffset() + 1,
                                 rapidjson::GetParseError_En(json.GetParseError())));

@@ -148,7 +148,7 @@ bool HasSamePrograms(const Json& record, const BatchLine& line) {
 
 bool HasSameOptions(const Json& record, const BatchLine& line) {
   rapidjson::Document options;
-  options.Parse(line.options.data(), line.options.size());
+  options.Parse<rapidjson::kParseIterativeFlag>(line.options.data(), line.options.size());
   const Json& now = options;  // a document compared with a value would compare itself for ever in C++20
   return record.HasMember("options") && record["options"] == now;
 }
@@ -175,7 +175,7 @@ std::optional<std::string> WhyToExport(const BatchLine& line) {
   if (!stream) return "there is no record of it";
   const std::string text{std::istreambuf_iterator<char>(stream), {}};
   rapidjson::Document record;
-  record.Parse(text.data(), text.size());
+  record.Parse<rapidjson::kParseIterativeFlag>(text.data(), text.size());
   if (record.HasParseError() || !record.IsObject() || !record.HasMember("record") || !record["record"].IsInt() ||
       record["record"].GetInt() != kVersion)
     return "its record can't be read";

@@ -52,7 +52,7 @@ std::string ResultJson(const BatchResult& result) {
 
 std::optional<BatchResult> ParseResult(const std::string& json) {
   rapidjson::Document object;
-  object.Parse(json.data(), json.size());
+  object.Parse<rapidjson::kParseIterativeFlag>(json.data(), json.size());
   if (object.HasParseError() || !object.IsObject()) return std::nullopt;
   const auto* const status = std::find(std::begin(kStatusNames), std::end(kStatusNames), TextIn(object, "status"));
   if (status == std::end(kStatusNames) || !object.HasMember("exitCode") || !object["exitCode"].IsInt())

@@ -2,10 +2,12 @@
 
 #include "tool/batch_record.h"
 #include "tool/export_job.h"
+#include "tool/memory_limit.h"
 #include "tool/output_error.h"
 #include "tool/report.h"
 
 #include <filesystem>
+#include <new>
 #include <system_error>
 #include <vector>
 
@@ -64,6 +66,11 @@ BatchResult RunLine(const BatchLine& line, Redo redo) {
   } catch (const std::system_error& error) {
     result.exitCode = kOutput;
     result.error = line.output + ": " + error.what();
+    report.Error(result.error);
+  } catch (const std::bad_alloc&) {
+    const MemoryFailure failure = OutOfMemory(kOutput);
+    result.exitCode = failure.exitCode;
+    result.error = line.output + ": " + failure.reason;
     report.Error(result.error);
   }
   if (result.exitCode != kDone) result.status = BatchStatus::Failed;

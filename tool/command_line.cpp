@@ -25,7 +25,7 @@ int RunCommandLine(int argc, const char* const* argv) {
   });
   app.footer(
       "Exit codes: 0 done, 1 warnings under --strict, 2 usage, 3 input can't be read, 4 output can't be written, "
-      "5 some of a batch failed.");
+      "5 some of a batch failed, 6 more memory needed than --max-memory.");
   std::vector<RunCommand> runs;
   for (const AddCommand add : kCommands) runs.push_back(add(app));
   try {

@@ -2,6 +2,7 @@
 
 #include "tool/command_line.h"
 #include "tool/export_job.h"
+#include "tool/memory_limit.h"
 #include "tool/read_arguments.h"
 #include "tool/written_document.h"
 
@@ -150,6 +151,7 @@ void AddOptions(CLI::App& command, ExportArguments& arguments) {
   command.add_option("--module", arguments.module, "the plug-in to load")
       ->type_name("FILE")
       ->envname("VORNEL_MODULE");
+  AddMemoryOption(command, arguments.maxMemory);
   const auto verbose = command.add_flag_callback(
       "-v,--verbose", [&arguments] { arguments.verbosity = Verbosity::Verbose; }, "show the whole log");
   command

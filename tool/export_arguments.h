@@ -34,6 +34,7 @@ struct ExportArguments {
   std::filesystem::path reportFile;               // empty for none
   std::filesystem::path previewPage;              // empty for none
   std::filesystem::path module;                   // empty: found beside the command
+  std::optional<std::uint64_t> maxMemory;         // bytes
   Verbosity verbosity = Verbosity::Normal;
   ProgressWish progress = ProgressWish::Auto;
   Strictness strictness = Strictness::Lenient;

@@ -11,7 +11,7 @@
 #include "tool/index_bits.h"
 #include "tool/input_check.h"
 #include "tool/log_file.h"
-#include "tool/memory_watch.h"
+#include "tool/memory_limit.h"
 #include "tool/output_check.h"
 #include "tool/output_error.h"
 #include "tool/preview_page.h"
@@ -36,6 +36,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char kExportType[] = "sceneio.gltf.save.exportType";
+constexpr char kTooLarge[] = "Too large for glTF";  // of the message by which the plug-in refuses to write
 constexpr std::int32_t kExportAll = 0;
 constexpr std::int32_t kShortIndices = 0, kLongIndices = 1;
 
@@ -69,6 +70,7 @@ class ExportRun {
   Stages& stages_;
   Progress& progress_;
   std::set<NotCarried> knownNotCarried_;
+  std::string refusal_;       // why the plug-in wrote nothing, if it said so
   readers::ReadReport read_;  // keeps images that the input held until the export is over
 };
 
@@ -76,6 +78,9 @@ class ExportRun {
 void CheckName(const fs::path& target) {
   if (fs::absolute(target).string().find('\\') != std::string::npos)
     throw OutputError(target.string() + ": a path with a backslash can't be written");
+  std::error_code error;
+  if (!fs::exists(fs::symlink_status(target, error)) && error == std::errc::filename_too_long)
+    throw OutputError(target.string() + ": " + error.message());
 }
 
 // The name as the savers write it: they know the extension in lower case alone.
@@ -97,21 +102,33 @@ void ExportRun::ExportToFile() {
   SaveLogged(host, staging.File());
   stages_.Begin(Stage::Verifying);
   Check(host, staging);
+  if (MemoryRanOut()) throw std::bad_alloc();  // something may be missing
   stages_.Begin(Stage::Moving);
   MoveIntoPlace(staging);
 }
 
 headless::SceneData ExportRun::ReadInput() {
-  headless::SceneData scene = readers::ReadScene(arguments_.input, arguments_.reading, read_);
-  outcome_.sources = {arguments_.input};
-  for (const std::vector<fs::path>* files : {&read_.files, &read_.missing})
-    outcome_.sources.insert(outcome_.sources.end(), files->begin(), files->end());
+  const auto noteSources = [this] {
+    outcome_.sources = {arguments_.input};
+    for (const std::vector<fs::path>* files : {&read_.files, &read_.missing})
+      outcome_.sources.insert(outcome_.sources.end(), files->begin(), files->end());
+  };
+  headless::SceneData scene;
+  try {
+    scene = readers::ReadScene(arguments_.input, arguments_.reading, read_);
+  } catch (...) {
+    noteSources();
+    throw;
+  }
+  noteSources();
   CheckInputStays(arguments_.input, read_.files, WrittenFiles());
   for (const std::string& warning : read_.warnings) {
     report_.Warning(warning);
     AddNotCarried({"", "input", warning, ""});
   }
   SetUserValues(scene);
+  if (const std::optional<std::string> fault = FindTimeFault(scene))
+    throw readers::InputError(arguments_.input.string() + ": /time: " + *fault);
   SettleImages(scene);
   if (scene.userValues[kExportType] == kExportAll)
     for (NotCarried& entry : NotCarriedByKind(scene)) AddNotCarried(std::move(entry));
@@ -137,14 +154,15 @@ void ExportRun::SetUserValues(headless::SceneData& scene) {
 void ExportRun::SettleImages(headless::SceneData& scene) {
   ImageReport images;
   SettleImagePaths(scene, {arguments_.imageRoots, read_.temporaryImages}, images);
+  const std::vector<fs::path>& own = read_.temporaryImages;
+  for (fs::path& file : images.files)
+    if (std::find(own.begin(), own.end(), file) == own.end()) outcome_.sources.push_back(std::move(file));
+  CheckInputStays(arguments_.input, ImageFiles(scene), WrittenFiles());
   if (KindOf(arguments_.output) == OutputKind::Gltf) {
     const fs::path staged = fs::path(arguments_.output).replace_filename(StagedName(arguments_.output));
     CheckImageCopies(scene, arguments_.output, arguments_.input, images);
     if (staged != arguments_.output) CheckImageCopies(scene, staged, arguments_.input, images);
   }
-  const std::vector<fs::path>& own = read_.temporaryImages;
-  for (fs::path& file : images.files)
-    if (std::find(own.begin(), own.end(), file) == own.end()) outcome_.sources.push_back(std::move(file));
   for (const std::string& note : images.notes) report_.Note(note);
   for (const std::string& warning : images.warnings) {
     report_.Warning(warning);
@@ -163,6 +181,7 @@ std::vector<fs::path> ExportRun::WrittenFiles() const {
 void ExportRun::NoteMessage(const headless::LogLine& line) {
   report_.LogMessage(line);
   FollowLog(line, stages_);
+  if (line.text.starts_with(kTooLarge)) refusal_ = line.text;
   if (std::optional<NotCarried> entry = NotCarriedByLog(line)) AddNotCarried(std::move(*entry));
 }
 
@@ -195,6 +214,7 @@ void ExportRun::Save(headless::Host& host, const fs::path& file) {
   const headless::LoadedModule module(arguments_.module.empty() ? readers::ModuleFile() : arguments_.module, host);
   const CountedRef<IZySaver> saver = module.NewSaver(KindOf(file) == OutputKind::Glb ? "gltf.bin" : "gltf.gltf");
   const zyresult result = saver.Raw()->Save(host.Scene(), headless::ToHostPath(file.string()).c_str(), nullptr);
+  if (!refusal_.empty()) throw OutputError(arguments_.output.string() + ": not written: " + refusal_);
   // A saver that skips what fails would leave out what there was no room for.
   if (MemoryRanOut()) throw std::bad_alloc();
   if (ZyFailed(result))
@@ -254,6 +274,15 @@ struct Failure {
   std::string text;
 };
 
+Failure MemoryFailureOf(const fs::path& file) {
+  const MemoryFailure failure = OutOfMemory(kOutput);
+  return {failure.exitCode, file.string() + ": " + failure.reason};
+}
+
+bool IsLackOfMemory(const std::error_code& code) {
+  return code == std::errc::not_enough_memory || code == std::errc::resource_unavailable_try_again;
+}
+
 // What went wrong in `run`, none when it went through.
 template <class Function>
 std::optional<Failure> FailureOf(const fs::path& file, Function run) {
@@ -263,14 +292,14 @@ std::optional<Failure> FailureOf(const fs::path& file, Function run) {
   } catch (const readers::InputError& error) {
     return Failure{kInput, error.what()};
   } catch (const headless::ModuleError& error) {
-    if (MemoryRanOut()) return Failure{kOutput, file.string() + ": out of memory"};
-    return Failure{kUsage, error.what()};
+    return MemoryRanOut() ? MemoryFailureOf(file) : Failure{kUsage, error.what()};
   } catch (const OutputError& error) {
-    return Failure{kOutput, error.what()};
-  } catch (const std::system_error& error) {  // a file system that fails in between
-    return Failure{kOutput, file.string() + ": " + error.what()};
+    return MemoryRanOut() ? MemoryFailureOf(file) : Failure{kOutput, error.what()};
+  } catch (const std::system_error& error) {  // a file system that fails in between, or a thread that can't start
+    return IsLackOfMemory(error.code()) ? MemoryFailureOf(file)
+                                        : Failure{kOutput, file.string() + ": " + error.what()};
   } catch (const std::bad_alloc&) {
-    return Failure{kOutput, file.string() + ": out of memory"};
+    return MemoryFailureOf(file);
   }
 }
 
@@ -304,6 +333,7 @@ ExportOutcome ExportScene(const ExportArguments& arguments, const Report& report
 ExportOutcome RunExport(const ExportArguments& arguments, const Report& report) {
   // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
   for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  LimitMemory(arguments.maxMemory);
   ExportOutcome outcome;
   const std::optional<Failure> failure = FailureOf(arguments.reportFile, [&] {
     std::optional<ReportFile> file;
@@ -311,7 +341,9 @@ ExportOutcome RunExport(const ExportArguments& arguments, const Report& report) 
     outcome = ExportScene(arguments, report);
     if (outcome.written)
       for (const std::string& line : ReportTable(outcome)) report.Note(line);
-    if (file) file->Write(ReportJson(arguments, outcome));
+    if (!file) return;
+    CheckInputStays(arguments.input, outcome.sources, {arguments.reportFile});
+    file->Write(ReportJson(arguments, outcome));
   });
   if (!failure) return outcome;
   report.Error(failure->text);

@@ -2,6 +2,8 @@
 
 #include "tool/written_document.h"
 
+#include <fmt/core.h>
+
 #include <algorithm>
 #include <array>
 #include <fstream>
@@ -19,6 +21,9 @@ constexpr double kSampleItem = 1750, kWriteItem = 240, kCheckItem = 55, kMoveIte
 constexpr double kAnyScene = 1e6;  // so that no stage is without work
 
 constexpr std::int32_t kWholeScene = 0;
+
+// A key takes 16 bytes at least, and all of them stand in one buffer of 4 GiB.
+constexpr double kMostSamples = 268435456;
 
 std::int32_t UserValueOf(const headless::SceneData& scene, const char* name, std::int32_t otherwise) {
   const auto found = scene.userValues.find(std::string("sceneio.gltf.save.") + name);
@@ -45,10 +50,26 @@ std::uint64_t CountKeyedItems(const headless::SceneData& scene) {
       }));
 }
 
+double SecondsOf(const headless::SceneData& scene) {
+  return SceneNumber(scene, "currentE") - SceneNumber(scene, "currentS");
+}
+
+// Samples a second.
+double RateOf(const headless::SceneData& scene) {
+  return SceneNumber(scene, "fps") * (UserValueOf(scene, "sampleAnimFpsMultiplier", 0) == 1 ? 2 : 1);
+}
+
+bool IsAnimated(const headless::ItemData& item) {
+  return item.type == "ikFullBody" ||
+         std::any_of(item.channels.begin(), item.channels.end(), [](const headless::ChannelData& channel) {
+           return channel.envelope || channel.setupEnvelope || channel.linkCount;
+         });
+}
+
 std::uint64_t CountReads(const headless::SceneData& scene) {
   if (UserValueOf(scene, "animation", 1) == 0) return 0;
-  const double seconds = SceneNumber(scene, "currentE") - SceneNumber(scene, "currentS");
-  const double rate = SceneNumber(scene, "fps") * (UserValueOf(scene, "sampleAnimFpsMultiplier", 0) == 1 ? 2 : 1);
+  const double seconds = SecondsOf(scene);
+  const double rate = RateOf(scene);
   // Clips have ranges of their own; that of the scene stands in for each.
   const auto clips = std::count_if(scene.items.begin(), scene.items.end(),
                                    [](const headless::ItemData& item) { return item.clip.has_value(); });
@@ -73,6 +94,15 @@ double ShareOf(std::uint64_t done, std::uint64_t all) {
 }
 
 }  // namespace
+
+std::optional<std::string> FindTimeFault(const headless::SceneData& scene) {
+  const double samples = SecondsOf(scene) * RateOf(scene);
+  if (!(samples >= kMostSamples) || UserValueOf(scene, "animation", 1) == 0) return std::nullopt;
+  if (scene.channelLinks.empty() && std::none_of(scene.items.begin(), scene.items.end(), IsAnimated))
+    return std::nullopt;
+  return fmt::format("{:g} s at {:g} samples a second; an animation has at most {:.0f}", SecondsOf(scene),
+                     RateOf(scene), kMostSamples);
+}
 
 ExportWork PlanExport(const headless::SceneData& scene) {
   ExportWork work;

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
+#include <string>
 
 namespace tool {
 
@@ -14,6 +16,10 @@ struct ExportWork {
   std::uint64_t reads = 0;      // times at which channels are read, about
   Stages::Numbers costs{};      // of each stage, in one unit
 };
+
+// What is wrong with the scene's range of time, as far as it is sampled: the plug-in would gather keys until no
+// memory is left for them.
+std::optional<std::string> FindTimeFault(const headless::SceneData& scene);
 
 // Counts what a scene asks for under its user values.
 ExportWork PlanExport(const headless::SceneData& scene);

@@ -81,7 +81,7 @@ Text PlaceInMeshes(const Json& root, std::size_t accessor, const headless::Scene
     const Json* primitives = Member(Entry(meshes, mesh), "primitives");
     for (std::size_t place = 0; place < Count(primitives); ++place) {
       const Json* attributes = Member(Entry(primitives, place), "attributes");
-      if (!attributes) continue;
+      if (!attributes || !attributes->IsObject()) continue;
       for (const auto& attribute : attributes->GetObject()) {
         if (!IsNumber(&attribute.value, accessor)) continue;
         const std::string node = NodeOfMesh(root, mesh);

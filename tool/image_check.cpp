@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
-#include <set>
 #include <system_error>
 #include <vector>
 
@@ -29,11 +28,8 @@ struct SceneImages {
 };
 
 SceneImages ListImages(const headless::SceneData& scene) {
-  std::set<fs::path> files;
-  for (const headless::ItemData& item : scene.items)
-    if (item.imagePath) files.insert(ImageFile(scene.directory, *item.imagePath));
   SceneImages images;
-  for (const fs::path& file : files) {
+  for (const fs::path& file : ImageFiles(scene)) {
     std::error_code error;
     const std::uintmax_t size = fs::file_size(file, error);
     if (error) continue;

@@ -137,6 +137,13 @@ fs::path ImageFile(const std::string& sceneDirectory, const std::string& imagePa
   return headless::FromHostPath(headless::ResolveHostPath(sceneDirectory, imagePath));
 }
 
+std::vector<fs::path> ImageFiles(const headless::SceneData& scene) {
+  std::set<fs::path> files;
+  for (const headless::ItemData& item : scene.items)
+    if (item.imagePath) files.insert(ImageFile(scene.directory, *item.imagePath));
+  return {files.begin(), files.end()};
+}
+
 void SettleImagePaths(headless::SceneData& scene, const ImagePlaces& places, ImageReport& report) {
   const ImageFinder finder(scene.directory, places);
   std::map<std::string, std::optional<std::string>> settled;

@@ -23,6 +23,9 @@ struct ImagePlaces {
 // Where the plug-in opens an image, named in the form of the scene file: either slash separates folders.
 std::filesystem::path ImageFile(const std::string& sceneDirectory, const std::string& imagePath);
 
+// Of all images of the scene, each once.
+std::vector<std::filesystem::path> ImageFiles(const headless::SceneData& scene);
+
 // Settles the path of every image. One that isn't there is looked for by its name in the scene's directory, in
 // `textures` and `images` below that, and in the roots; when it is nowhere the path stays, for the plug-in to
 // complain of. What isn't a regular file, and what lies outside the scene's directory (links followed) and doesn't

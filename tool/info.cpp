@@ -1,8 +1,10 @@
 #include "readers/read_scene.h"
 #include "tool/command_line.h"
 #include "tool/exit_codes.h"
+#include "tool/memory_limit.h"
 #include "tool/read_arguments.h"
 #include "tool/report.h"
+#include "tool/screen.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
@@ -14,6 +16,7 @@
 #include <map>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -27,6 +30,7 @@ using headless::SceneData;
 struct InfoArguments {
   std::filesystem::path input;
   readers::ReadOptions reading;
+  std::optional<std::uint64_t> maxMemory;  // bytes
 };
 
 std::string MapTypeName(std::uint32_t type) {
@@ -37,11 +41,11 @@ std::string MapTypeName(std::uint32_t type) {
 
 void PrintMesh(const ItemData& item) {
   const MeshData& mesh = *item.mesh;
-  fmt::print("  {}: {} points, {} polygons, {} polygon corners\n", item.name, mesh.PointCount(),
+  fmt::print("  {}: {} points, {} polygons, {} polygon corners\n", PlainText(item.name), mesh.PointCount(),
              mesh.PolygonCount(), mesh.polygonPoints.size());
   for (const headless::MeshMapData& map : mesh.maps)
-    fmt::print("    {} \"{}\"\n", MapTypeName(map.type), map.name);
-  for (const std::string& tag : mesh.material.texts) fmt::print("    material \"{}\"\n", tag);
+    fmt::print("    {} \"{}\"\n", PlainText(MapTypeName(map.type)), PlainText(map.name));
+  for (const std::string& tag : mesh.material.texts) fmt::print("    material \"{}\"\n", PlainText(tag));
 }
 
 std::size_t CountKeyedChannels(const SceneData& scene) {
@@ -55,17 +59,18 @@ void PrintScene(const SceneData& scene) {
   std::map<std::string, std::size_t> byType;
   for (const ItemData& item : scene.items) ++byType[item.type];
   fmt::print("{} items\n", scene.items.size());
-  for (const auto& [type, count] : byType) fmt::print("  {} {}\n", count, type);
+  for (const auto& [type, count] : byType) fmt::print("  {} {}\n", count, PlainText(type));
   if (byType.count("mesh") != 0) fmt::print("meshes\n");
   for (const ItemData& item : scene.items)
     if (item.mesh) PrintMesh(item);
   fmt::print("{} keyed channels, {} channel links, {} selected items\n", CountKeyedChannels(scene),
              scene.channelLinks.size(), scene.selection.size());
-  for (const auto& [name, value] : scene.userValues) fmt::print("{} = {}\n", name, value);
+  for (const auto& [name, value] : scene.userValues) fmt::print("{} = {}\n", PlainText(name), value);
 }
 
 // Lists what a scene holds on the output stream.
 int RunInfo(const InfoArguments& arguments) {
+  LimitMemory(arguments.maxMemory);
   const Report report;
   try {
     readers::ReadReport read;
@@ -82,8 +87,9 @@ int RunInfo(const InfoArguments& arguments) {
     report.Error(std::string("standard output: ") + error.what());
     return kOutput;
   } catch (const std::bad_alloc&) {
-    report.Error(arguments.input.string() + ": out of memory");
-    return kInput;
+    const MemoryFailure failure = OutOfMemory(kInput);
+    report.Error(arguments.input.string() + ": " + failure.reason);
+    return failure.exitCode;
   }
 }
 
@@ -94,6 +100,7 @@ RunCommand AddInfo(CLI::App& app) {
   const auto arguments = std::make_shared<InfoArguments>();
   command.add_option("input", arguments->input, kInputText)->required()->type_name("INPUT");
   AddReadOptions(command, arguments->reading);
+  AddMemoryOption(command, arguments->maxMemory);
   return [arguments] { return RunInfo(*arguments); };
 }
 

@@ -58,7 +58,7 @@ std::optional<std::vector<JournalMove>> ReadJournal(const fs::path& directory) {
     return std::nullopt;
   }
   rapidjson::Document root;
-  root.Parse(text.data(), text.size());
+  root.Parse<rapidjson::kParseIterativeFlag>(text.data(), text.size());
   if (root.HasParseError() || !root.IsArray()) return moves;
   for (const rapidjson::Value& row : root.GetArray()) {
     if (!row.IsArray() || row.Size() != 5 || !row[0].IsString() || !row[1].IsUint64() || !row[2].IsUint64() ||

@@ -9,7 +9,7 @@
 #include "tool/exit_codes.h"
 #include "tool/load_options_dialog.h"
 #include "tool/load_options_print.h"
-#include "tool/memory_watch.h"
+#include "tool/memory_limit.h"
 #include "tool/report.h"
 
 #include <CLI/CLI.hpp>

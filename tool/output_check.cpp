@@ -7,6 +7,7 @@
 #include <fmt/core.h>
 #include <rapidjson/document.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdint>
@@ -26,13 +27,16 @@ std::string_view TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(byt
 
 // A float is finite when its exponent isn't all ones.
 bool AllFinite(Bytes floats) {
-  bool finite = true;
-  for (std::size_t offset = 0; offset + 4 <= floats.size(); offset += 4) {
+  constexpr std::uint32_t kExponent = 0x7F800000u;
+  // A loop without a way out, and with its end known beforehand, so that compilers take many floats at a time.
+  std::uint32_t infinite = 0;
+  const std::size_t count = floats.size() / 4;
+  for (std::size_t place = 0; place < count; ++place) {
     std::uint32_t bits;
-    std::memcpy(&bits, floats.data() + offset, 4);
-    finite &= (bits & 0x7F800000u) != 0x7F800000u;
+    std::memcpy(&bits, floats.data() + 4 * place, 4);
+    infinite |= (bits & kExponent) == kExponent ? 1u : 0u;
   }
-  return finite;
+  return infinite == 0;
 }
 
 bool HasNan(Bytes floats) {
@@ -68,16 +72,20 @@ class DocumentCheck {
     if (outline.bufferLength != document_.buffer.size())
       throw WriteFault(fmt::format("its buffer has {} bytes where the JSON says {}", document_.buffer.size(),
                                    outline.bufferLength));
-    for (std::size_t index = 0; index < outline.views.size(); ++index)
-      if (outline.views[index].byteOffset + outline.views[index].byteLength > outline.bufferLength)
+    for (std::size_t index = 0; index < outline.views.size(); ++index) {
+      const OutlineView& view = outline.views[index];
+      // No sum or product of these numbers, which may be as large as they like.
+      if (view.byteOffset > outline.bufferLength || view.byteLength > outline.bufferLength - view.byteOffset)
         throw WriteFault(fmt::format("buffer view {} reaches beyond the buffer", index));
+    }
   }
 
   void CheckAccessors(const ShareSink& told) const {
     std::uint64_t bytes = 0;
     for (std::size_t index = 0; index < document_.outline.accessors.size(); ++index) {
       bytes += CheckAccessor(index);
-      told(static_cast<double>(bytes) / static_cast<double>(document_.buffer.size() + 1));
+      // Accessors may share what they show.
+      told(std::min(1.0, static_cast<double>(bytes) / static_cast<double>(document_.buffer.size() + 1)));
     }
   }
 
@@ -95,10 +103,10 @@ class DocumentCheck {
     if (accessor.bufferView >= views.size())
       throw WriteFault(fmt::format("accessor {} names buffer view {}", index, accessor.bufferView));
     const OutlineView& view = views[accessor.bufferView];
-    const std::uint64_t size = accessor.componentType == kComponentU16 ? 2 : 4;
-    const std::uint64_t needed = accessor.count * accessor.components * size;
-    if (needed > view.byteLength)
+    const std::uint64_t size = accessor.components * (accessor.componentType == kComponentU16 ? 2 : 4);
+    if (size > 0 && accessor.count > view.byteLength / size)
       throw WriteFault(fmt::format("accessor {} reaches beyond its buffer view", index));
+    const std::uint64_t needed = accessor.count * size;
     const Bytes values = document_.buffer.subspan(view.byteOffset, needed);
     if (accessor.componentType == kComponentFloat && !AllFinite(values))
       throw WriteFault((HasNan(values) ? "a value that is not a number: " : "an infinite value: ") +

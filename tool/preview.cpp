@@ -1,6 +1,7 @@
 #include "readers/read_scene.h"
 #include "tool/command_line.h"
 #include "tool/exit_codes.h"
+#include "tool/memory_limit.h"
 #include "tool/output_error.h"
 #include "tool/preview_page.h"
 #include "tool/report.h"
@@ -11,6 +12,7 @@
 #include <filesystem>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <system_error>
 
@@ -21,6 +23,7 @@ struct PreviewArguments {
   std::filesystem::path input;
   std::filesystem::path output;
   Verbosity verbosity = Verbosity::Normal;
+  std::optional<std::uint64_t> maxMemory;  // bytes
 };
 
 void CheckExtensions(const PreviewArguments& arguments) {
@@ -33,6 +36,7 @@ void CheckExtensions(const PreviewArguments& arguments) {
 
 int RunPreview(const PreviewArguments& arguments) {
   for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  LimitMemory(arguments.maxMemory);
   const Report report(arguments.verbosity);
   try {
     WritePreviewPage(arguments.input, arguments.output);
@@ -48,8 +52,9 @@ int RunPreview(const PreviewArguments& arguments) {
     report.Error(arguments.output.string() + ": " + error.what());
     return kOutput;
   } catch (const std::bad_alloc&) {
-    report.Error(arguments.output.string() + ": out of memory");
-    return kOutput;
+    const MemoryFailure failure = OutOfMemory(kOutput);
+    report.Error(arguments.output.string() + ": " + failure.reason);
+    return failure.exitCode;
   }
 }
 
@@ -62,6 +67,7 @@ RunCommand AddPreview(CLI::App& app) {
   command.add_option("-o,--output", arguments->output, "page to write, ending in .html")
       ->required()
       ->type_name("PAGE");
+  AddMemoryOption(command, arguments->maxMemory);
   command.add_flag_callback(
       "-q,--quiet", [arguments] { arguments->verbosity = Verbosity::Quiet; }, "show errors only");
   command.callback([arguments] { CheckExtensions(*arguments); });

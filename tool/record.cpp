@@ -4,6 +4,7 @@
 #include "tool/command_line.h"
 #include "tool/exit_codes.h"
 #include "tool/input_check.h"
+#include "tool/memory_limit.h"
 #include "tool/output_error.h"
 #include "tool/read_arguments.h"
 #include "tool/recorded_images.h"
@@ -16,6 +17,7 @@
 #include <filesystem>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -31,6 +33,7 @@ struct RecordArguments {
   readers::ReadOptions reading;
   readers::ArrayForm form = readers::ArrayForm::Text;
   Verbosity verbosity = Verbosity::Normal;
+  std::optional<std::uint64_t> maxMemory;  // bytes
 };
 
 std::vector<fs::path> WrittenFiles(const RecordArguments& arguments) {
@@ -57,6 +60,7 @@ void Record(const RecordArguments& arguments, const Report& report) {
   for (const std::string& warning : read.warnings) report.Warning(warning);
   ImageReport images;
   MoveImagePaths(scene, arguments.output, read.temporaryImages, staging.Directory(), images);
+  CheckInputStays(arguments.input, images.files, WrittenFiles(arguments));
   for (const std::string& note : images.notes) report.Note(note);
   for (const std::string& warning : images.warnings) report.Warning(warning);
   try {
@@ -70,6 +74,7 @@ void Record(const RecordArguments& arguments, const Report& report) {
 int RunRecord(const RecordArguments& arguments) {
   // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
   for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  LimitMemory(arguments.maxMemory);
   const Report report(arguments.verbosity);
   try {
     Record(arguments, report);
@@ -84,8 +89,9 @@ int RunRecord(const RecordArguments& arguments) {
     report.Error(arguments.output.string() + ": " + error.what());
     return kOutput;
   } catch (const std::bad_alloc&) {
-    report.Error(arguments.output.string() + ": out of memory");
-    return kOutput;
+    const MemoryFailure failure = OutOfMemory(kOutput);
+    report.Error(arguments.output.string() + ": " + failure.reason);
+    return failure.exitCode;
   }
 }
 
@@ -99,6 +105,7 @@ RunCommand AddRecord(CLI::App& app) {
       ->required()
       ->type_name("OUTPUT");
   AddReadOptions(command, arguments->reading);
+  AddMemoryOption(command, arguments->maxMemory);
   command.add_flag_callback(
       "--binary", [arguments] { arguments->form = readers::ArrayForm::Binary; },
       "put large arrays into a .bin file beside it, which is read faster");

@@ -15,6 +15,8 @@ constexpr std::size_t kUsualColumns = 80;
 constexpr auto kPatience = std::chrono::milliseconds(100);
 constexpr char kEraseLine[] = "\r\x1b[K";
 
+bool IsControl(char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }
+
 // Never destroyed: the thread that takes the signals may outlive main().
 struct Screen {
   std::timed_mutex mutex;
@@ -38,11 +40,23 @@ void Clear(Screen& screen) {
 
 }  // namespace
 
+std::string PlainText(std::string_view text) {
+  std::string plain(text);
+  for (std::size_t place = 0; place < plain.size(); ++place) {
+    // U+0080 to U+009F are control characters too.
+    const bool isSecondSet =
+        place > 0 && plain[place - 1] == '\xC2' && static_cast<unsigned char>(plain[place]) < 0xA0;
+    if (isSecondSet) plain[place - 1] = '?';
+    if (isSecondSet || IsControl(plain[place])) plain[place] = '?';
+  }
+  return plain;
+}
+
 void PrintErrorLine(std::string_view text) {
   Screen& screen = TheScreen();
   const std::lock_guard<std::timed_mutex> lock(screen.mutex);
   std::string line(screen.status.empty() ? "" : kEraseLine);
-  line += text;
+  line += PlainText(text);
   line += '\n';
   Write(line + screen.status);
 }

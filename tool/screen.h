@@ -7,8 +7,12 @@
 
 namespace tool {
 
-// Prints a line. What can't be printed is passed over: an error stream that takes nothing must not cost the
-// export.
+// The text without the control characters that a name in a file may hold, for which there are question marks: they
+// would break a line in two or take over the terminal.
+std::string PlainText(std::string_view text);
+
+// Prints a line, as plain text. What can't be printed is passed over: an error stream that takes nothing must not
+// cost the export.
 void PrintErrorLine(std::string_view text);
 
 // Shows a line that stands below the messages until the next call. For terminals alone.

@@ -43,9 +43,9 @@ class PolygonPart final : public Part<IZyPolygon> {
 class ValueKeysPart final : public Part<IZyValueKeys> {
  public:
   using Part<IZyValueKeys>::Part;
-  zyresult TriangleKeys(const ZyPointId (&points)[3], const ZyMeshMapId* maps, std::uint32_t count,
+  zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
                         std::uint32_t* keys) override {
-    return Call(&IZyValueKeys::TriangleKeys, points, maps, count, keys);
+    return Call(&IZyValueKeys::TriangleKeys, triangle, maps, count, keys);
   }
 };
 

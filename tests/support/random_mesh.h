@@ -1,10 +1,11 @@
-// Meshes made from a seed.
+// Meshes made by choices: from a seed, or by whoever chooses.
 #pragma once
 
 #include "host/fourcc.h"
 #include "tests/support/mesh_scenes.h"
 
 #include <algorithm>
+#include <functional>
 #include <random>
 #include <string>
 #include <utility>
@@ -12,9 +13,19 @@
 
 namespace test_support {
 
+// Chooses a number below a bound.
+using Choice = std::function<std::uint32_t(std::uint32_t bound)>;
+
+inline Choice ChooseBySeed(std::uint32_t seed) {
+  return [random = std::mt19937(seed)](std::uint32_t bound) mutable {
+    return static_cast<std::uint32_t>(random() % bound);
+  };
+}
+
 class RandomMesh {
  public:
-  explicit RandomMesh(std::uint32_t seed) : random_(seed) {}
+  explicit RandomMesh(std::uint32_t seed) : choice_(ChooseBySeed(seed)) {}
+  explicit RandomMesh(Choice choice) : choice_(std::move(choice)) {}
 
   // Triangles and recorded fans of larger polygons, some without a tag, with every kind of map and gaps in each.
   headless::MeshData Make() {
@@ -37,7 +48,7 @@ class RandomMesh {
   }
 
  private:
-  std::uint32_t Below(std::uint32_t bound) { return static_cast<std::uint32_t>(random_() % bound); }
+  std::uint32_t Below(std::uint32_t bound) { return choice_(bound); }
 
   std::vector<float> Floats(std::size_t count) {
     std::vector<float> values;
@@ -69,7 +80,7 @@ class RandomMesh {
     mesh.trianglePoints = std::move(triangles);
   }
 
-  std::mt19937 random_;
+  Choice choice_;
 };
 
 }  // namespace test_support
