@@ -36,7 +36,7 @@ class FailingMemory : public FaultTest {
     if (run.exitCode == Sound().exitCode && run.Complaints() == Sound().Complaints())
       return FindStand() == Stand::New;
     return (run.exitCode == kInput || run.exitCode == kOutput) && LeftOld(run) &&
-           (run.Says("out of memory") || run.Says("annot allocate memory") ||
+           (run.Says("out of memory") || run.Says("the export failed") || run.Says("annot allocate memory") ||
             run.Says("Resource temporarily unavailable"));  // as the system says where there is none for a thread
   }
   void Sweep(FaultKind kind, std::uint64_t step) {
