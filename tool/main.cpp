@@ -38,8 +38,7 @@ int main(int argc, char** argv) {
     // Before a subcommand runs, or while it tells of what went wrong.
     return tool::TellOutOfMemory();
   } catch (const std::system_error& error) {  // no thread can be started
-    std::fprintf(stderr, "vornel: error: %s
-", error.what());
+    std::fprintf(stderr, "vornel: error: %s\n", error.what());
     return tool::kOutput;
   }
 }
