@@ -1,5 +1,8 @@
 #include "headless/log_service.h"
 
+#include <optional>
+#include <utility>
+
 namespace headless {
 
 namespace {
@@ -21,9 +24,10 @@ void LogStream::Emit(const LogLine& line) const {
 }
 
 void LogStream::Flush() {
-  if (waiting_) Emit(*waiting_);
-  waiting_.reset();
+  // Gone before it is told: whom it is told may throw.
+  const std::optional<LogLine> waiting = std::exchange(waiting_, std::nullopt);
   unloggedDialog_.reset();
+  if (waiting) Emit(*waiting);
 }
 
 void LogStream::Add(LogLine::Kind kind, const std::string& text) {

@@ -34,7 +34,7 @@ constexpr Failure kFailures[] = {{FaultKind::Call, EIO, "EIO"},
 class FailingFiles : public FaultTest {
  protected:
   bool IsSound(const FaultRun& run) const {
-    const bool ofOutput = std::string(run.result.path).starts_with(Out().string());
+    const bool ofOutput = fs::path(run.result.path).lexically_normal().string().starts_with(Out().string());
     const std::vector<std::string> told = run.Complaints(), usual = Sound().Complaints();
     const auto tells = [&](const std::string& line) {
       return line.find(fs::path(run.result.path).filename()) != std::string::npos &&
@@ -43,7 +43,9 @@ class FailingFiles : public FaultTest {
     if (run.exitCode == Sound().exitCode) {
       if (FindStand() == Stand::New && told == usual) return true;
       // An image that can't be read is left out, with a message.
-      return !ofOutput && HasNewNames() && std::any_of(told.begin(), told.end(), tells);
+      if (!ofOutput && std::any_of(told.begin(), told.end(), tells)) return FindStaging().empty();
+      // A record copies an image that it can't compare once more, under a name of its own.
+      return GetParam().arguments[0] == "record" && FindStaging().empty() && fs::exists(Out() / "plain-2.tga");
     }
     const bool ofSettings = run.Says("config.json");  // they are read and written
     if (run.exitCode != kOutput && (run.exitCode != kInput || (ofOutput && !ofSettings))) return false;

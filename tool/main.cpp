@@ -1,6 +1,7 @@
 // vornel: exports scenes of the Orvo 3D application to glTF 2.0, without the application.
 #include "readers/interrupt.h"
 #include "tool/command_line.h"
+#include "tool/exit_codes.h"
 #include "tool/memory_limit.h"
 
 #include <cstdio>

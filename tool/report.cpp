@@ -31,11 +31,15 @@ Report::Report(Verbosity verbosity) : verbosity_(verbosity), told_(std::make_sha
 const std::vector<MessageGroup>& Report::Messages() const { return told_->groups; }
 
 void Report::Tell(MessageKind kind, const std::string& text) const {
-  const auto [entry, isNew] = told_->places.try_emplace({kind, text}, told_->groups.size());
-  if (isNew)
+  const auto entry = told_->places.find({kind, text});
+  const bool isNew = entry == told_->places.end();
+  if (isNew) {
+    // In this order, so that no place is beyond the groups where there is no memory for one of both.
     told_->groups.push_back({kind, text});
-  else
+    told_->places.emplace(std::pair(kind, text), told_->groups.size() - 1);
+  } else {
     ++told_->groups[entry->second].count;
+  }
   const bool wanted = kind == MessageKind::Error || verbosity_ != Verbosity::Quiet;
   if (wanted && (isNew || verbosity_ == Verbosity::Verbose)) PrintErrorLine(Line(kind, text));
 }
