@@ -38,6 +38,7 @@ class FailingMemory : public FaultTest {
       return FindStand() == Stand::New;
     return (run.exitCode == kInput || run.exitCode == kOutput) && FindStand() != Stand::Mixed &&
            (run.Says("out of memory") || run.Says("the export failed") || run.Says("annot allocate memory") ||
+            run.Says("one can't be read") ||                // an image, for the comparison with what was written
             run.Says("Resource temporarily unavailable"));  // as the system says where there is none for a thread
   }
   void Sweep(FaultKind kind, std::uint64_t step) {

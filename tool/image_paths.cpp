@@ -87,8 +87,12 @@ Verdict ImageFinder::Judge(const std::string& path) const {
     return Verdict::OutsideRoots;
   std::error_code error;
   const fs::file_status status = fs::status(file, error);
-  if (!path.empty() && status.type() == fs::file_type::none) return Verdict::Unreadable;
-  if (path.empty() || !fs::exists(status)) return IsBackslashName(path) ? Verdict::Backslash : Verdict::Missing;
+  // No file can be at a name that is too long or leads in a circle.
+  const bool isNowhere =
+      error == std::errc::filename_too_long || error == std::errc::too_many_symbolic_link_levels;
+  if (!path.empty() && !isNowhere && status.type() == fs::file_type::none) return Verdict::Unreadable;
+  if (path.empty() || isNowhere || !fs::exists(status))
+    return IsBackslashName(path) ? Verdict::Backslash : Verdict::Missing;
   if (fs::is_directory(status)) return Verdict::Folder;
   if (!fs::is_regular_file(status)) return Verdict::Special;
   const std::uintmax_t size = fs::file_size(file, error);
