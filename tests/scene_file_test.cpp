@@ -155,7 +155,6 @@ const WrongInput kTextFaults[] = {
      ": /exportTagsCommand: expected \"works\", \"absent\" or \"fails\", found \"on\""},
     {R"({"orvo": 1, "types": {"a": "b", "b": "a"}})", ": /types/a: the types run in a circle"},
     {R"({"orvo": 1, "types": {"a": "b", "b": "c", "c": "b"}})", ": /types/b: the types run in a circle"},
-    {R"({"orvo": 1, "types": {)" + Chain(18, "t", "") + "}}", ": /types/t0: has more than 16 types above it"},
     {R"({"orvo": 1, "types": {)" + Chain(257, "t", "") + "}}", ": /types: 257 types; a scene can add 256"},
     {R"({"orvo": 1, "types": {"mesh": "locator"}})", ": /types/mesh: the host has a type \"mesh\" of its own"},
 };
