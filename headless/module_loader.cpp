@@ -1,13 +1,17 @@
 #include "headless/module_loader.h"
 
+#include <cerrno>
 #include <dlfcn.h>
+#include <new>
 #include <string>
 
 namespace headless {
 
 LoadedModule::LoadedModule(const std::filesystem::path& file, IZyHost& host) : file_(file) {
   // An absolute path, so that the system's library folders aren't searched.
+  errno = 0;
   library_ = dlopen(std::filesystem::absolute(file).c_str(), RTLD_NOW | RTLD_LOCAL);
+  if (!library_ && errno == ENOMEM) throw std::bad_alloc();
   if (!library_) throw ModuleError(std::string("can't load the plug-in: ") + dlerror());
   // POSIX gives a function's address as an object pointer.
   auto* const entry = reinterpret_cast<ZyModuleEntry*>(dlsym(library_, "_IZyModule_Create"));

@@ -86,7 +86,7 @@ TEST_P(FullDisk, LeavesTheOldFilesOrTheNewOnes) {
       !Mount(1 << 26))
     GTEST_SKIP() << "nothing can be mounted here";
   const CommandRun first = RunCase();
-  if (first.errors.find("can't make preview pages") != std::string::npos) GTEST_SKIP() << first.errors;
+  if (first.errors.find("lacks the viewer") != std::string::npos) GTEST_SKIP() << first.errors;
   ASSERT_EQ(first.exitCode, kDone) << first.errors;
   const Folder whole = ReadOutputs();
   Folder old;
@@ -109,7 +109,9 @@ TEST_P(FullDisk, LeavesTheOldFilesOrTheNewOnes) {
     }
     ++failures;
     ASSERT_TRUE(exitCode == kOutput || exitCode == kSomeFailed);
-    EXPECT_EQ(ReadOutputs(), old);
+    // A summary follows the export, which stands.
+    const bool isLate = run.errors.find("summary: can't write") != std::string::npos;
+    EXPECT_EQ(ReadOutputs(), isLate ? whole : old);
     EXPECT_THAT(run.errors, testing::HasSubstr("No space left on device"));
     ASSERT_LT(steps, 1000u);
   }

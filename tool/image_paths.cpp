@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-enum class Verdict { Taken, Missing, OutsideRoots, Backslash, Folder, Special, TooLarge, NoImage };
+enum class Verdict { Taken, Missing, OutsideRoots, Backslash, Folder, Special, TooLarge, NoImage, Unreadable };
 
 // The plug-in keeps lengths, padded to four bytes, in 32 bits.
 constexpr std::uintmax_t kTooLarge = 0xFFFFFFFD;
@@ -32,6 +32,7 @@ constexpr const char* kReasons[] = {
     "it isn't a regular file",
     "it takes 4 GiB or more, which no glTF buffer can hold",
     "it lies outside the scene's folder and doesn't begin like an image",
+    "it can't be looked at",
 };
 
 // Links followed, as far as the path exists; empty when nobody can say.
@@ -84,12 +85,15 @@ Verdict ImageFinder::Judge(const std::string& path) const {
         return LiesBelow(canonical, root);
       }))
     return Verdict::OutsideRoots;
-  std::error_code ignored;
-  const fs::file_status status = fs::status(file, ignored);
+  std::error_code error;
+  const fs::file_status status = fs::status(file, error);
+  if (!path.empty() && status.type() == fs::file_type::none) return Verdict::Unreadable;
   if (path.empty() || !fs::exists(status)) return IsBackslashName(path) ? Verdict::Backslash : Verdict::Missing;
   if (fs::is_directory(status)) return Verdict::Folder;
   if (!fs::is_regular_file(status)) return Verdict::Special;
-  if (fs::file_size(file, ignored) >= kTooLarge) return Verdict::TooLarge;
+  const std::uintmax_t size = fs::file_size(file, error);
+  if (error) return Verdict::Unreadable;
+  if (size >= kTooLarge) return Verdict::TooLarge;
   const bool trusted = own || confined || LiesBelow(canonical, canonicalDirectory_);
   return trusted || BeginsLikeImage(file) ? Verdict::Taken : Verdict::NoImage;
 }

@@ -99,7 +99,9 @@ std::string ImageMover::Copy(const fs::path& file) {
     for (const fs::path& folder : {staging_, DirectoryOf(target_)}) {
       std::error_code ignored;
       const fs::path taken = folder / candidate;
-      if (fs::exists(fs::symlink_status(taken, ignored)) && !HaveSameBytes(file, taken)) return false;
+      // What can't be looked at may be there.
+      const bool isTaken = fs::symlink_status(taken, ignored).type() != fs::file_type::not_found;
+      if (isTaken && !HaveSameBytes(file, taken)) return false;
     }
     return true;
   };

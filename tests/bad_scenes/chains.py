@@ -54,7 +54,7 @@ CHAINS = {
                                         listed(n - 1, lambda i: f'["i{i}", "i{i + 1}"]') + "]}}",
     "texture locators": lambda n: chain(n, "textureLocator", ', "type": "imageMap"'),
     "transforms": lambda n: scenes.items('{"transforms": [' + listed(n, lambda i: '{"type": "rotation", "value": [0, 1, 0]}') + "]}"),
-    "types of items": lambda n: '{"orvo": 1, "types": {' + listed(256, lambda i: f'"t{i}": "' + (f"t{i - 1}" if i else "locator") + '"') + '}, "items": [' +
+    "types of items": lambda n: '{"orvo": 1, "types": {' + listed(256, lambda i: f'"t{i}": "' + (f"t{i - 1}" if i % 16 else "locator") + '"') + '}, "items": [' +
                                 listed(n, lambda i: f'{{"type": "t{i % 256}"}}') + "]}",
     "groups": lambda n: scenes.items(listed(n, lambda i: f'{{"id": "i{i}", "type": "group", "group": {{"items": ["i{max(i - 1, 0)}"]}}}}')),
     "actors": lambda n: '{"orvo": 1, "userValues": {"sceneio.gltf.save.exportActionType": 1}, "items": [' + listed(n, lambda i: f'{{"id": "i{i}", "type": "group", "actor": true}}') + "]}",

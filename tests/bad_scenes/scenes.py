@@ -124,6 +124,9 @@ def cycles():
     yield told("circle of masks", ring(3, more=', "type": "mask"'), '/items/0/parent: the parents of "i0" run in a circle')
     yield told("circle of a type", '{"orvo": 1, "types": {"a": "a"}}', "/types/a: the types run in a circle")
     yield told("circle behind a type", '{"orvo": 1, "types": {"x": "a", "a": "b", "b": "a"}}', "/types/a: the types run in a circle")
+    types = '{"orvo": 1, "types": {' + ", ".join(f'"t{i}": "' + (f"t{i - 1}" if i else "locator") + '"' for i in range(300)) + "}}"
+    yield told("300 types", types, "/types: 300 types; a scene can add 256")
+    yield told("20 types in a row", types.split(', "t20"')[0] + "}}", "/types/t")
     # A host has such circles too and copes with them.
     yield Case("circle of transforms", [], items('{"id": "t", "transforms": ["t"]}'), **accepted)
     yield Case("circle of instances", [], ring(3, "source", ', "type": "meshInst"'), **accepted)

@@ -32,7 +32,7 @@ std::vector<std::string> Environment(const std::string& library, std::vector<std
       "VORNEL_FAULT_PIPES=" + std::to_string(kPlans) + ' ' + std::to_string(kResults),
       Variable("ASAN_OPTIONS", "verify_asan_link_order=0:exitcode=99"),
       Variable("LSAN_OPTIONS", "exitcode=99:print_suppressions=0:suppressions=" VORNEL_SOURCE_DIR
-                               "/tests/support/leaks_of_schema.txt"),
+                               "/tests/support/leaks_without_memory.txt"),
       Variable("UBSAN_OPTIONS", "exitcode=99"),
   };
   std::move(std::begin(more), std::end(more), std::back_inserter(variables));
