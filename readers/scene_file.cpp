@@ -36,6 +36,7 @@ void ReadApplication(const Json& value, headless::ApplicationData& application) 
 
 // The types are looked through for each item.
 constexpr rapidjson::SizeType kMostTypes = 256;
+constexpr int kDeepestType = 16;
 
 void ReadTypes(const Json& value, SceneData& scene) {
   if (value.MemberCount() > kMostTypes)
@@ -45,15 +46,18 @@ void ReadTypes(const Json& value, SceneData& scene) {
     if (headless::IsKnownType(scene, name)) Fail(member.value, "the host has a type \"" + name + "\" of its own");
     scene.types.emplace_back(name, ReadText(member.value));
   }
+  const Json* tooDeep = nullptr;
   for (const auto& member : value.GetObject()) {
     const std::string base = ReadText(member.value);
     if (!base.empty() && !headless::IsKnownType(scene, base)) Fail(member.value, "unknown type \"" + base + "\"");
     std::string_view type = base;
-    for (std::size_t step = 0; step <= scene.types.size() && !type.empty(); ++step) {
+    for (int step = 0; step < kDeepestType && !type.empty(); ++step) {
       if (type == TextView(member.name)) Fail(member.value, "the types run in a circle");
       type = headless::BaseType(scene, type);
     }
+    if (!type.empty() && !tooDeep) tooDeep = &member.value;  // or on its way into a circle of others
   }
+  if (tooDeep) Fail(*tooDeep, fmt::format("has more than {} types above it", kDeepestType));
 }
 
 // What says how the scene is seen, and nothing of its items.

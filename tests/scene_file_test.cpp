@@ -155,6 +155,7 @@ const WrongInput kTextFaults[] = {
      ": /exportTagsCommand: expected \"works\", \"absent\" or \"fails\", found \"on\""},
     {R"({"orvo": 1, "types": {"a": "b", "b": "a"}})", ": /types/a: the types run in a circle"},
     {R"({"orvo": 1, "types": {"a": "b", "b": "c", "c": "b"}})", ": /types/b: the types run in a circle"},
+    {R"({"orvo": 1, "types": {)" + Chain(18, "t", "") + "}}", ": /types/t0: has more than 16 types above it"},
     {R"({"orvo": 1, "types": {)" + Chain(257, "t", "") + "}}", ": /types: 257 types; a scene can add 256"},
     {R"({"orvo": 1, "types": {"mesh": "locator"}})", ": /types/mesh: the host has a type \"mesh\" of its own"},
 };
@@ -164,6 +165,8 @@ const WrongInput kItemFaults[] = {
     {Items(R"({"postion": [0,0,0]})"), ": /items/0/postion: unknown key \"postion\"; is \"position\" meant?"},
     {Items(R"({"type": "mehs"})"), ": /items/0/type: unknown type \"mehs\"; \"types\" can add it"},
     {Items(R"({"type": "a\n\u001b\u007f"})"), ": /items/0/type: unknown type \"a???\"; \"types\" can add it"},
+    {Items(R"({"channels": {)" + Chain(4097, "c", "") + "}}"),
+     ": /items/0/channels: holds more than 4096 channels"},
     {Items(R"({"id": "a"}, {"children": [{"id": "a"}]})"),
      ": /items/1/children/0/id: \"a\" is the id of another item already"},
     {Items(R"({"name": "a", "parent": "b"})"), ": /items/0/parent: no item has the id \"b\""},
