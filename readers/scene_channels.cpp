@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <numbers>
-#include <unordered_map>
 #include <utility>
 
 namespace readers {
@@ -102,43 +101,19 @@ void ReadChannelObject(const Json& value, ChannelData& channel) {
   }
 }
 
-// An item's channels by name while more are added. Few are looked through; an item may have very many.
-class ChannelFinder {
- public:
-  explicit ChannelFinder(headless::ItemData& item) : item_(item) {}
-
-  bool Has(const std::string& name) { return Find(name) >= 0; }
-  // The channel of that name, a new one when there is none.
-  ChannelData& Of(const std::string& name, const ChannelValue& pattern) {
-    if (const std::int64_t known = Find(name); known >= 0) return item_.channels[static_cast<std::size_t>(known)];
-    ChannelData& added = item_.channels.emplace_back();
-    added.name = name;
-    added.setup = pattern;
-    return added;
-  }
-
- private:
-  static constexpr std::size_t kFew = 64;
-
-  std::int64_t Find(const std::string& name) {
-    if (item_.channels.size() <= kFew) return headless::FindChannel(item_, name);
-    for (; known_ < item_.channels.size(); ++known_) places_.try_emplace(item_.channels[known_].name, known_);
-    const auto found = places_.find(name);
-    return found == places_.end() ? -1 : static_cast<std::int64_t>(found->second);
-  }
-
-  headless::ItemData& item_;
-  std::unordered_map<std::string, std::size_t> places_;  // of the first so many
-  std::size_t known_ = 0;
-};
+ChannelData& ChannelOf(headless::ItemData& item, const std::string& name, const ChannelValue& pattern) {
+  const std::int32_t known = headless::FindChannel(item, name);
+  if (known < 0) headless::SetChannel(item, name, pattern);
+  return item.channels[known < 0 ? item.channels.size() - 1 : static_cast<std::size_t>(known)];
+}
 
 // "name": [1, 2, 3] sets name.X, name.Y and name.Z where the item has them, else name.R, name.G and name.B.
-void ReadChannelVector(const std::string& name, const Json& value, ChannelFinder& channels) {
-  const bool isPoint = channels.Has(name + ".X");
+void ReadChannelVector(const std::string& name, const Json& value, headless::ItemData& item) {
+  const bool isPoint = headless::FindChannel(item, name + ".X") >= 0;
   const char* const components = isPoint ? "XYZ" : "RGB";
   ReadList(value, 3);
   for (rapidjson::SizeType i = 0; i < 3; ++i) {
-    ChannelData& channel = channels.Of(name + "." + components[i], double{0});
+    ChannelData& channel = ChannelOf(item, name + "." + components[i], double{0});
     channel.setup = ReadNumber(value[i]);
   }
 }
@@ -188,14 +163,13 @@ void ReadChannels(const Json& value, headless::ItemData& item) {
   if ((value.IsObject() ? value.MemberCount() : ListSize(ReadList(value))) > kMostChannels)
     Fail(value, fmt::format("holds more than {} channels", kMostChannels));
   if (value.IsObject()) {
-    ChannelFinder channels(item);
     for (const auto& member : value.GetObject()) {
       const std::string name = ReadText(member.name);
       if (member.value.IsArray()) {
-        ReadChannelVector(name, member.value, channels);
+        ReadChannelVector(name, member.value, item);
         continue;
       }
-      ChannelData& channel = channels.Of(name, PatternOf(member.value));
+      ChannelData& channel = ChannelOf(item, name, PatternOf(member.value));
       if (member.value.IsObject()) {
         ReadChannelObject(member.value, channel);
       } else {
@@ -257,7 +231,7 @@ void ReadTransformValue(const Json& value, headless::ItemData& transform) {
   if (!names) Fail(value, "an item of type \"" + transform.type + "\" has no value of three numbers");
   const VectorData vector = ReadVector(value, VectorUnit(transform.type));
   for (std::size_t i = 0; i < 3; ++i) {
-    ChannelData& channel = ChannelFinder(transform).Of((*names)[i], double{0});
+    ChannelData& channel = ChannelOf(transform, (*names)[i], double{0});
     channel.setup = vector.value[i];
     if (vector.envelopes) channel.envelope = (*vector.envelopes)[i];
   }
