@@ -8,14 +8,14 @@
 
 namespace fuzz {
 
-// True when the scene's animation takes few enough samples to be exported in a moment. A scene may ask for as many as
-// a file can hold.
+// True when the scene's animation takes few enough samples to be exported in a moment. A scene may ask for as many
+// as a file can hold.
 bool IsSmall(const headless::SceneData& scene);
 
 enum class Refusal { Allowed, Unexpected };
 
-// Saves the scene to the file, by its extension, and reads it back. False when the export was refused, in a way that is
-// known; with Refusal::Unexpected that is a finding too. Images are looked for in the file's folder alone.
+// Saves the scene to the file, by its extension, and reads it back. False when the export was refused, in a way
+// that is known; with Refusal::Unexpected that is a finding too. Images are looked for in the file's folder alone.
 bool ExportScene(headless::SceneData scene, const std::filesystem::path& file, Refusal refusal);
 
 }  // namespace fuzz

@@ -22,8 +22,8 @@ const std::filesystem::path& Folder();
 
 void WriteFile(const std::filesystem::path& file, std::string_view bytes);
 
-// The input as texts: cut at each line "--- ", which goes. As many as asked for; what is missing is empty, and what is
-// behind the last cut belongs to the last one.
+// The input as texts: cut at each line "--- ", which goes. As many as asked for; what is missing is empty, and
+// what is behind the last cut belongs to the last one.
 std::vector<std::string_view> Pieces(const std::uint8_t* data, std::size_t size, std::size_t count);
 
 // An error is one line that begins with the file, and says more than that.

@@ -1,7 +1,6 @@
-// Stands in for readers/mapped_file.cpp: what reads beyond a file's end is seen by the address sanitizer, while behind
-// a mapping there are the zeros of its last page.
+// Stands in for readers/mapped_file.cpp: what reads beyond a file's end is seen by the address sanitizer, while
+// behind a mapping there are the zeros of its last page.
 #include "readers/mapped_file.h"
-
 #include "readers/read_scene.h"
 
 #include <cerrno>

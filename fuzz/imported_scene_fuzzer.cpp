@@ -1,5 +1,5 @@
-// What a hostile importer may leave behind: its report, its scene and the scene's arrays. It is refused in one plain
-// line that names the model, or is a scene that can be exported or refused with a known error.
+// What a hostile importer may leave behind: its report, its scene and the scene's arrays. It is refused in one
+// plain line that names the model, or is a scene that can be exported or refused with a known error.
 #include "fuzz/exported_scene.h"
 #include "fuzz/fuzz_support.h"
 #include "readers/foreign_reader.h"

@@ -1,5 +1,5 @@
-// The bytes of a stream record, and behind a cut the text of the stored settings: what is read is the same when it is
-// written and read again, and a broken file is kept aside.
+// The bytes of a stream record, and behind a cut the text of the stored settings: what is read is the same when it
+// is written and read again, and a broken file is kept aside.
 #include "fuzz/fuzz_support.h"
 #include "headless/block_stream.h"
 #include "headless/config_store.h"
@@ -47,7 +47,8 @@ void CheckRecord(std::string_view record) {
   headless::BlockWriter written;
   CZyUser_BlockWriter writer;
   writer.Set(&written);
-  fuzz::Require(WriteLoadOptions(options, writer) == ZYe_OK && written.Bytes().size() == 16, "a record is written");
+  fuzz::Require(WriteLoadOptions(options, writer) == ZYe_OK && written.Bytes().size() == 16,
+                "a record is written");
   LoadOptions again;
   fuzz::Require(Read(written.Bytes(), again) == ZYe_OK && BitsOf(again) == BitsOf(options),
                 "a record gives back what it was written from");

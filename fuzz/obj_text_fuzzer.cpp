@@ -1,5 +1,5 @@
-// OBJ text, and behind a cut the text of the material library "m.mtl": refused with a line, or a scene whose export
-// goes through.
+// OBJ text, and behind a cut the text of the material library "m.mtl": refused with a line, or a scene whose
+// export goes through.
 #include "fuzz/exported_scene.h"
 #include "fuzz/fuzz_support.h"
 #include "readers/read_scene.h"

@@ -1,5 +1,5 @@
-// A text and a buffer as a .glb and as a .gltf with its .bin, and the bytes as they are as a .glb: found at fault with
-// a reason, or such that every accessor and view lies within the buffer.
+// A text and a buffer as a .glb and as a .gltf with its .bin, and the bytes as they are as a .glb: found at fault
+// with a reason, or such that every accessor and view lies within the buffer.
 #include "fuzz/fuzz_support.h"
 #include "headless/scene_data.h"
 #include "tool/output_check.h"

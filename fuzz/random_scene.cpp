@@ -24,8 +24,8 @@ constexpr std::pair<const char*, std::uint32_t> kOptions[] = {
 constexpr const char* kNodeTypes[] = {"mesh", "locator", "camera", "meshInst", "groupLocator", "spotLight"};
 constexpr const char* kTransforms[] = {"translation", "rotation", "scale"};
 constexpr const char* kShaders[] = {"glTFShader", "advancedMaterial", "unityShader", "unrealShader", "constant"};
-constexpr const char* kEffects[] = {"baseColorGLTF", "diffColor", "normalGLTF", "metallicGLTF", "emissiveGLTF",
-                                    "layerMask"};
+constexpr const char* kEffects[] = {"baseColorGLTF", "diffColor",    "normalGLTF",
+                                    "metallicGLTF",  "emissiveGLTF", "layerMask"};
 constexpr const char* kShaderChannels[] = {"baseColor.R",   "metallic", "roughness",   "emissive.G",
                                            "emissivelevel", "dissAmt",  "normalscale", "aoscale"};
 

@@ -1,5 +1,5 @@
-// Bytes as the choices that make a valid scene: its export goes through, the file keeps the laws, both forms say the
-// same, a second export and one from the scene's own file have equal bytes.
+// Bytes as the choices that make a valid scene: its export goes through, the file keeps the laws, both forms say
+// the same, a second export and one from the scene's own file have equal bytes.
 #include "fuzz/exported_scene.h"
 #include "fuzz/fuzz_support.h"
 #include "fuzz/random_scene.h"

@@ -1,5 +1,5 @@
-// Scene text, and behind a cut the numbers of the array file beside it: it is refused with a place, or can be exported
-// or refused with a known error.
+// Scene text, and behind a cut the numbers of the array file beside it: it is refused with a place, or can be
+// exported or refused with a known error.
 #include "fuzz/exported_scene.h"
 #include "fuzz/fuzz_support.h"
 #include "readers/read_scene.h"

@@ -18,6 +18,7 @@ using headless::Extrapolation;
 using headless::Interpolation;
 using headless::KeyData;
 
+constexpr std::size_t kMostChannels = 4096;  // of an item, which are looked through for each name
 constexpr double kRadiansPerDegree = std::numbers::pi / 180;
 
 Interpolation ReadInterpolation(const Json& value) {
@@ -159,6 +160,8 @@ ChannelValue ReadChannelValue(const Json& value, const ChannelValue& pattern) {
 }
 
 void ReadChannels(const Json& value, headless::ItemData& item) {
+  if ((value.IsObject() ? value.MemberCount() : ListSize(ReadList(value))) > kMostChannels)
+    Fail(value, fmt::format("holds more than {} channels", kMostChannels));
   if (value.IsObject()) {
     for (const auto& member : value.GetObject()) {
       const std::string name = ReadText(member.name);

@@ -30,11 +30,12 @@ run() {
   mkdir -p "$found/$name"
   [ -f "fuzz/$name.dict" ] && words=("-dict=fuzz/$name.dict")
   if build/fuzz/bin/"${name}_fuzzer" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
-    -malloc_limit_mb=1024 -max_len=8192 -print_final_stats=1 -artifact_prefix="$found/$name-" "${words[@]}" \
-    "$found/$name" "fuzz/corpus/$name" >"$found/$name.log" 2>&1; then
+    -malloc_limit_mb=1024 -max_len=8192 -len_control=0 -print_final_stats=1 \
+    -artifact_prefix="$found/$name-" "${words[@]}" "$found/$name" "fuzz/corpus/$name" >"$found/$name.log" 2>&1; then
     echo "$name: $(sed -n 's/^stat::number_of_executed_units: *//p' "$found/$name.log") inputs, no fault"
   else
-    grep -E 'broken law|ERROR|runtime error|Assertion|SUMMARY|Test unit written' "$found/$name.log" | sed "s/^/$name: /" >&2
+    grep -E 'broken law|ERROR|runtime error|Assertion|SUMMARY|Test unit written' "$found/$name.log" |
+      sed "s/^/$name: /" >&2
     return 1
   fi
 }

@@ -165,6 +165,8 @@ const WrongInput kItemFaults[] = {
     {Items(R"({"postion": [0,0,0]})"), ": /items/0/postion: unknown key \"postion\"; is \"position\" meant?"},
     {Items(R"({"type": "mehs"})"), ": /items/0/type: unknown type \"mehs\"; \"types\" can add it"},
     {Items(R"({"type": "a\n\u001b\u007f"})"), ": /items/0/type: unknown type \"a???\"; \"types\" can add it"},
+    {Items(R"({"channels": {)" + Chain(4097, "c", "") + "}}"),
+     ": /items/0/channels: holds more than 4096 channels"},
     {Items(R"({"id": "a"}, {"children": [{"id": "a"}]})"),
      ": /items/1/children/0/id: \"a\" is the id of another item already"},
     {Items(R"({"name": "a", "parent": "b"})"), ": /items/0/parent: no item has the id \"b\""},

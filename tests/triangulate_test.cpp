@@ -238,7 +238,8 @@ TEST(Triangulate, ATangleIsAFanAtOnce) {
   std::vector<float> points;
   std::vector<std::uint32_t> corners;
   for (std::uint32_t corner = 0; corner < kCorners; ++corner) {
-    points.insert(points.end(), {F(static_cast<int>(corner * 7919 % 6007)), F(static_cast<int>(corner * 104729 % 6011)), 0});
+    points.insert(points.end(),
+                  {F(static_cast<int>(corner * 7919 % 6007)), F(static_cast<int>(corner * 104729 % 6011)), 0});
     corners.push_back(corner);
   }
   std::vector<std::uint32_t> triangles;

@@ -6,8 +6,8 @@
 
 namespace test_support {
 
-// The file's mesh holds, unfolded to triangle corners, what the mesh says: one primitive a material tag, in order of
-// first sight, with the positions, normals, colours and UVs of its corners.
+// The file's mesh holds, unfolded to triangle corners, what the mesh says: one primitive a material tag, in order
+// of first sight, with the positions, normals, colours and UVs of its corners.
 void CheckUnfolds(const GltfFile& file, unsigned meshIndex, const headless::MeshData& mesh);
 
 // The bounds of accessors are those of their values.
