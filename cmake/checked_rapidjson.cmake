@@ -3,7 +3,7 @@
 
 set(checked_rapidjson ${PROJECT_BINARY_DIR}/checked_rapidjson)
 find_path(rapidjson_headers rapidjson/allocators.h HINTS ${RapidJSON_INCLUDE_DIRS} ${RAPIDJSON_INCLUDE_DIRS} REQUIRED)
-file(COPY ${rapidjson_headers}/rapidjson DESTINATION ${checked_rapidjson})
+file(COPY ${rapidjson_headers}/rapidjson DESTINATION ${checked_rapidjson} REGEX "/rapidjson/allocators\\.h$" EXCLUDE)
 file(READ ${rapidjson_headers}/rapidjson/allocators.h allocators)
 if(NOT allocators MATCHES "return std::malloc\\(size\\);" OR NOT allocators MATCHES "return std::realloc\\(originalPtr, newSize\\);")
   message(FATAL_ERROR "This version of RapidJSON allocates elsewhere; see cmake/checked_rapidjson.cmake")

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs, builds and runs every test: all of them in release, all but the slow browser ones again under the
-# sanitizers, the golden bytes once more under clang, random scenes in all three, and each fuzzer for a minute.
+# sanitizers, the golden bytes once more under clang, with the flags of the fuzzers, to build it once; random scenes in
+# all three; and each fuzzer for a minute.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -18,9 +19,9 @@ cmake --preset asan -DVORNEL_BENCH=OFF >/dev/null
 cmake --build --preset asan
 ctest --preset asan -j "$jobs" -LE web
 
-cmake --preset clang -DVORNEL_BENCH=OFF >/dev/null
-cmake --build --preset clang --target golden_test export_under_locale
-ctest --preset clang -j "$jobs" -L golden
-scripts/check_sameness.sh build/release build/asan build/clang
+cmake --preset fuzz >/dev/null
+cmake --build --preset fuzz --target fuzzers golden_test export_under_locale
+ctest --preset fuzz -j "$jobs" -L golden
+scripts/check_sameness.sh build/release build/asan build/fuzz
 
 scripts/fuzz.sh 60
