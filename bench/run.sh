@@ -37,7 +37,7 @@ row() {
 
 export_of() { echo "$bin/vornel export $inputs/$1 -o $out/$2 -q ${3:-}"; }
 
-for triangles in 1000000 5000000; do
+for triangles in 100000 1000000 5000000; do
   make_scene make_scene.py "$triangles.orvo" "$triangles" "$inputs/$triangles.orvo" --obj
   obj=$inputs/$triangles.obj
   corners=$((3 * triangles))
@@ -52,6 +52,11 @@ for triangles in 1000000 5000000; do
   fi
   "${compare[@]}" "OBJ of $triangles triangles with normals and UVs" corner "$runs" "${rows[@]}"
 done
+
+echo
+echo "The saver's own step, beside the least work that gives such a file; arguments: triangles, UV maps, colour maps"
+echo
+"$bin/save_bench" --benchmark_repetitions="$runs" --benchmark_report_aggregates_only=true 2>/dev/null | grep -E '^Benchmark|_median'
 
 make_scene make_nodes.py nodes.orvo 100000 "$inputs/nodes.orvo" --depth 1000 --materials 10000
 make_scene make_nodes.py fewer.orvo 10000 "$inputs/fewer.orvo" --depth 1000 --materials 1000
