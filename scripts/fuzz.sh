@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # fuzz.sh [SECONDS] [NAME...]: builds the harnesses of fuzz/ and runs each for SECONDS, 60 unless told otherwise, from
-# its kept corpus, as many at a time as there are cores. What is found goes into build/fuzz/found. Fails with the
+# its kept corpus, as many at a time as there are cores. What is found goes into build/asan/found. Fails with the
 # file that shows it when a harness finds a fault.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -12,10 +12,10 @@ if [ "${#names[@]}" -eq 0 ]; then
   for source in fuzz/*_fuzzer.cpp; do names+=("$(basename "$source" _fuzzer.cpp)"); done
 fi
 
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz -- "${names[@]/%/_fuzzer}"
+cmake --preset asan >/dev/null
+cmake --build --preset asan -- "${names[@]/%/_fuzzer}"
 
-found=$PWD/build/fuzz/found
+found=$PWD/build/asan/found
 mkdir -p "$found"
 # The files that harnesses write and read back a thousand times a second are kept off the disk where that can be had.
 memory=/dev/shm
@@ -29,7 +29,7 @@ run() {
   local name=$1 words=()
   mkdir -p "$found/$name"
   [ -f "fuzz/$name.dict" ] && words=("-dict=fuzz/$name.dict")
-  if build/fuzz/bin/"${name}_fuzzer" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
+  if build/asan/bin/"${name}_fuzzer" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
     -malloc_limit_mb=1024 -max_len=8192 -len_control=0 -print_final_stats=1 \
     -artifact_prefix="$found/$name-" "${words[@]}" "$found/$name" "fuzz/corpus/$name" >"$found/$name.log" 2>&1; then
     echo "$name: $(sed -n 's/^stat::number_of_executed_units: *//p' "$found/$name.log") inputs, no fault"
