@@ -45,6 +45,10 @@ class FailingMemory : public FaultTest {
     FaultServer* const server = Start(GetParam());
     if (!server) return;
     const std::uint64_t count = Sound().result.allocations;
+#ifdef VORNEL_SANITIZED
+    if (count == 0)
+      GTEST_SKIP() << "clang builds the sanitizer's allocator into the program, where it can't be replaced";
+#endif
     ASSERT_GT(count, 100u);
     std::map<int, int> codes;
     for (std::uint64_t place = 1 + count % step; place <= count; place += step) {

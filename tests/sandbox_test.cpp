@@ -193,7 +193,7 @@ TEST_F(Sandbox, NoFileIsInherited) {
 }
 
 TEST_F(Sandbox, LimitsHold) {
-#ifndef __SANITIZE_ADDRESS__
+#ifndef VORNEL_SANITIZED
   EXPECT_EQ(0, RunConfined([] { return std::malloc(kLimits.memory) != nullptr; }));
   EXPECT_EQ(1, RunConfined([] { return std::malloc(kLimits.memory / 2) != nullptr; }));
 #endif
