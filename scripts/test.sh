@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Installs, builds and runs every test: all of them in release by g++; all but the slow browser ones again by clang under the
-# sanitizers; random scenes in both builds; and each fuzzer for a minute.
+# sanitizers; random scenes in both builds; and each fuzzer for a while.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -19,4 +19,4 @@ cmake --build --preset asan
 ctest --preset asan -j "$jobs" -LE web
 
 scripts/check_sameness.sh build/release build/asan
-scripts/fuzz.sh 60
+scripts/fuzz.sh 20
