@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Nanoseconds on one machine, by the scenes that bench/measure.py makes; only their ratios count.
+// Nanoseconds on one machine, by the scenes that bench/run.sh makes; only their ratios count.
 constexpr double kScanTriangle = 840, kWriteTriangle = 140, kCheckTriangle = 13, kMoveTriangle = 55;
 constexpr double kSampleItem = 1750, kWriteItem = 240, kCheckItem = 55, kMoveItem = 125;
 constexpr double kAnyScene = 1e6;  // so that no stage is without work
