@@ -22,8 +22,8 @@ function nameOf([red, green, blue]) {
 }
 
 const viewer = await openViewer([file]);
-const { page, errors, url } = await viewer.newPage(0);
-await page.evaluate((model) => window.loadModel(model), url);
+const { page, errors, urlOf } = viewer;
+await page.evaluate((model) => window.loadModel(model), urlOf(0));
 const coloursAt = async (points) => (await page.evaluate((list) => window.samplePlane(list), points)).map(nameOf).join(' ');
 
 function expect(what, found, wanted) {

@@ -35,21 +35,21 @@ export function launchBrowser() {
   });
 }
 
+// A page that shows one model after another, the errors that it logs, and the address of files[index].
 export async function openViewer(files) {
   const server = await serve(files);
   const browser = await launchBrowser();
+  const page = await browser.newPage({ viewport: { width: 640, height: 480 } });
+  const errors = [];
+  page.on('pageerror', (error) => errors.push(error.message));
+  page.on('console', (message) => {
+    if (message.type() === 'error' && !/favicon/.test(message.location().url)) errors.push(message.text());
+  });
+  await page.goto(`http://127.0.0.1:${server.address().port}/web/viewer.html`);
   return {
-    // A page without a model yet, the errors that it logs, and the address of files[index].
-    async newPage(index) {
-      const page = await browser.newPage({ viewport: { width: 640, height: 480 } });
-      const errors = [];
-      page.on('pageerror', (error) => errors.push(error.message));
-      page.on('console', (message) => {
-        if (message.type() === 'error' && !/favicon/.test(message.location().url)) errors.push(message.text());
-      });
-      await page.goto(`http://127.0.0.1:${server.address().port}/web/viewer.html`);
-      return { page, errors, url: `/model/${index}/${encodeURIComponent(path.basename(files[index]))}` };
-    },
+    page,
+    errors,
+    urlOf: (index) => `/model/${index}/${encodeURIComponent(path.basename(files[index]))}`,
     async close() {
       await browser.close();
       server.close();
