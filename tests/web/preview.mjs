@@ -71,6 +71,7 @@ async function checkClips(page) {
   const pictures = [];
   for (const clip of ['clip 0', 'clip 1', 'clip 0']) {
     await page.locator('#clip').selectOption(clip);
+    await page.evaluate(() => document.querySelector('model-viewer').updateComplete);  // it starts the clip anew
     await page.locator('#time').fill('0.3');
     pictures.push(await takePicture(page));
   }
