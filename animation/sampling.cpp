@@ -4,7 +4,9 @@
 #include "document/decompose.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
+#include <bit>
+#include <cstdint>
 #include <deque>
 
 namespace {
@@ -93,7 +95,8 @@ void RunThroughTime(SaveState& state, const SamplingRun& run, double step, doubl
 
 // Equal bits and not equal values: a zero's sign shows in the inverse.
 bool SameBits(const Matrix4& left, const Matrix4& right) {
-  return std::memcmp(left.m.data(), right.m.data(), sizeof left.m) == 0;
+  using Bits = std::array<std::uint64_t, 16>;
+  return std::bit_cast<Bits>(left.m) == std::bit_cast<Bits>(right.m);
 }
 
 const Matrix4& InverseOf(const Matrix4& world, SampleSource::ParentMatrix& cache) {

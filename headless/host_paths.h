@@ -23,7 +23,7 @@ inline bool IsAbsoluteHostPath(const std::string& path) {
 
 // The host form of a path that starts in `directory` unless it is absolute. An empty directory changes nothing.
 inline std::string ResolveHostPath(const std::string& directory, const std::string& path) {
-  const std::string inHostForm = ToHostPath(path);
+  std::string inHostForm = ToHostPath(path);
   if (directory.empty() || IsAbsoluteHostPath(inHostForm)) return inHostForm;
   std::string start = ToHostPath(directory);
   if (!start.ends_with('\\')) start += '\\';

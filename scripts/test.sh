@@ -19,4 +19,4 @@ cmake --build --preset asan
 ctest --preset asan -j "$jobs" -LE web
 
 scripts/check_sameness.sh build/release build/asan
-scripts/fuzz.sh 20
+scripts/fuzz.sh 60
