@@ -7,7 +7,7 @@ namespace {
 // K. Shoemake, "Animating rotation with quaternion curves", SIGGRAPH 1985; t(row, column) is the rotation
 // for column vectors, the transpose of the host's.
 std::array<double, 4> RotationOf(const Matrix4& matrix) {
-  const auto t = [&m = matrix.m](std::size_t row, std::size_t column) { return m[4 * column + row]; };
+  const auto t = [&matrix](std::size_t row, std::size_t column) { return matrix(column, row); };
   const double trace = t(0, 0) + t(1, 1) + t(2, 2) + 1;
   if (trace > 0) {
     const double s = std::sqrt(trace);

@@ -168,10 +168,10 @@ class PointSmoother {
   }
 
   static std::size_t BinPlace(const Vector3& unit) {
-    const auto bin = [](double value) {
+    const auto bin = [](double value) -> std::size_t {
       return std::clamp(static_cast<int>(std::lround(value * kBinsPerUnit)) + kBinsPerUnit, 0, kBinsPerAxis - 1);
     };
-    return static_cast<std::size_t>((bin(unit.x) * kBinsPerAxis + bin(unit.y)) * kBinsPerAxis + bin(unit.z));
+    return (bin(unit.x) * kBinsPerAxis + bin(unit.y)) * kBinsPerAxis + bin(unit.z);
   }
 
   std::vector<Facing> facings_;

@@ -12,7 +12,6 @@ namespace {
 
 using headless::AddItem;
 using headless::ChannelRef;
-using headless::ClipData;
 using headless::EnvelopeData;
 using headless::ItemData;
 using headless::ItemIndex;

@@ -23,7 +23,6 @@ namespace {
 
 using headless::kNone;
 using headless::MeshData;
-using headless::MeshMapData;
 
 template <std::size_t N>
 using Value = std::array<float, N>;
