@@ -31,7 +31,7 @@ NumberText Shortest(T value) {
 
 }  // namespace
 
-std::string FileText(const std::string& text) { return ToUtf8(text.c_str()); }
+std::string FileText(const std::string& text) { return ToUtf8(text.substr(0, text.find('\0'))); }
 
 void SceneText::Key(std::string_view key) {
   Separate();
