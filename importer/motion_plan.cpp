@@ -265,7 +265,6 @@ NodeMotion MotionPlanner::ReadChain(NodeIndex index, const Channels& channels, d
   Vector3 angles = Rest(index).angles;
   for (const double time : times) {
     std::vector<Matrix4> matrices;
-    matrices.reserve(parts.size());
     for (const Part& part : parts) matrices.push_back(part.tracks ? part.tracks->MatrixAt(time) : part.rest);
     const Placement placement = DecomposeNearly(ChainMatrix(matrices));
     angles = AnglesOf(TurnOf(placement), angles);

@@ -50,7 +50,6 @@ pid_t Start(const ImportCall& call, int errors) {
   std::vector<std::string> texts = {call.program.string()};
   texts.insert(texts.end(), call.arguments.begin(), call.arguments.end());
   std::vector<char*> arguments;
-  arguments.reserve(texts.size() + 1);
   for (std::string& text : texts) arguments.push_back(text.data());
   arguments.push_back(nullptr);
   std::string settings[] = {"PATH=/usr/bin:/bin", "LC_ALL=C"};
