@@ -154,7 +154,7 @@ void SettleImagePaths(headless::SceneData& scene, const ImagePlaces& places, Ima
   for (headless::ItemData& item : scene.items) {
     if (!item.imagePath) continue;
     // The host hands out texts that end at the first zero byte.
-    const std::string path = item.imagePath->c_str();
+    const std::string path = item.imagePath->substr(0, item.imagePath->find('\0'));
     const auto [entry, isNew] = settled.try_emplace(path);
     if (isNew) entry->second = finder.Settle(path, report);
     item.imagePath = entry->second;
