@@ -60,7 +60,7 @@ ImageMover::ImageMover(const std::string& source, const fs::path& target, const 
 
 std::string ImageMover::Move(const std::string& path) {
   const fs::path file = ImageFile(source_, path);
-  const std::string moved = PathFromTarget(path);
+  std::string moved = PathFromTarget(path);
   std::error_code ignored;
   if (!fs::is_regular_file(file, ignored)) return moved;  // missing in either place
   if (!IsTemporary(file) && readers::ToUtf8(moved) == moved && WouldBeExported(moved)) return moved;
