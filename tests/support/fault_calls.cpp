@@ -56,7 +56,8 @@ constexpr Call kCalls[] = {
 };
 
 // Files of the system are none of an export's.
-constexpr const char* kOthers[] = {"/proc/", "/sys/", "/dev/null", "/dev/pts/", "/etc/", "/usr/", "/lib", "pipe:", "anon_inode:"};
+constexpr const char* kOthers[] = {"/proc/", "/sys/", "/dev/null", "/dev/pts/",  "/etc/",
+                                   "/usr/",  "/lib",  "pipe:",     "anon_inode:"};
 
 long Perform(long number, const Arguments& arguments) {
   long result;

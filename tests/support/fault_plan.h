@@ -2,6 +2,7 @@
 // runs the command (see fault_server.h).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace test_support {
@@ -12,7 +13,10 @@ enum class FaultKind : std::int32_t {
   Call,        // the place's system call on a file gives `error`
   ShortCall,   // it reads or writes half of what it shall
   Kill,        // SIGKILL comes before it
+  Trace,       // nothing; as many numbers as there were allocations come behind the result
 };
+
+constexpr std::size_t kMostTraced = 1 << 16;  // allocations of a trace
 
 struct FaultPlan {
   FaultKind kind = FaultKind::Allocation;
