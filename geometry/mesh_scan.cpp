@@ -43,14 +43,13 @@ void CollectTags(SaveState& state, GltfMesh& mesh) {
 using TrianglesByTag = InsertionMap<std::string, std::vector<std::uint32_t>>;
 
 TagCursor CursorAt(TrianglesByTag& polygonsByTag, const char* tag) {
-  const auto entry = polygonsByTag.try_emplace(tag).first;
-  return {tag, static_cast<std::size_t>(entry - polygonsByTag.begin())};
+  return {tag, &polygonsByTag.try_emplace(tag).first.value()};
 }
 
 void AppendTriangle(TrianglesByTag& polygonsByTag, TagCursor& cursor, const char* tag, std::uint32_t triangle) {
   if (!tag) return;
   if (tag != cursor.text) cursor = CursorAt(polygonsByTag, tag);
-  polygonsByTag.nth(cursor.place).value().push_back(triangle);
+  cursor.triangles->push_back(triangle);
 }
 
 void RecordTriangle(MeshScanState& scan, const char* materialTag, const char* partTag) {

@@ -40,7 +40,7 @@ struct CornerValues {
 // text keeps its pointer.
 struct TagCursor {
   const char* text = nullptr;
-  std::size_t place = 0;  // in the table
+  std::vector<std::uint32_t>* triangles = nullptr;  // stands until the table gets another entry
 };
 
 struct MeshScanState {

@@ -102,7 +102,7 @@ TEST_F(ImageCopiesTest, ACopyOfTheSameBytesLeavesTheFileInPlaceAlone) {
 
   std::vector<fs::path> files;
   {
-    const tool::Staging staging(dir / "out/x.gltf");
+    tool::Staging staging(dir / "out/x.gltf");
     const auto stage = [&](const char* name, const std::string& bytes) {
       std::ofstream(staging.Directory() / name, std::ios::binary) << bytes;
     };
@@ -134,7 +134,7 @@ TEST_F(ImageCopiesTest, AMoveThatFailsUndoesTheOthers) {
   dir.WriteFile("out/a.png", "old");
   fs::create_directory(dir / "out/folder.png");
   {
-    const tool::Staging staging(dir / "out/x.gltf");
+    tool::Staging staging(dir / "out/x.gltf");
     for (const char* name : {"x.gltf", "a.png", "b.png", "folder.png", "z.png"})
       std::ofstream(staging.Directory() / name) << "new";
     EXPECT_THROW(staging.MoveIntoPlace(), tool::OutputError);

@@ -203,6 +203,16 @@ TEST(RecordedImages, CopiesTemporaryOnes) {
   for (std::size_t item = 1; item < scene.items.size(); ++item) paths.push_back(*scene.items[item].imagePath);
   EXPECT_THAT(paths, ElementsAre("new-2.bin", "wood.png", "wood-2.png", "wood.png", "same.png", "t.tga"));
   EXPECT_EQ(ReadWholeFile(staging / "wood-2.png"), kPng + "three");
+
+  // With a number behind it a long name is too long.
+  const std::string longest = std::string(251, 'n') + ".png";
+  root.WriteFile("private/5/" + longest, kPng + "long");
+  root.WriteFile("out/" + longest, kPng);
+  scene.directory = (root / "private/5").string();
+  scene.items.back().imagePath = longest;
+  EXPECT_THROW(
+      tool::MoveImagePaths(scene, root / "out/new.orvo", {root / "private/5" / longest}, staging.Path(), report),
+      std::system_error);
 }
 
 class RecordCommand : public testing::Test {

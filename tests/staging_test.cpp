@@ -90,7 +90,7 @@ TEST_F(StagingTest, AMoveThatFailsPutsBackWhatWasMoved) {
   WriteFile("a.bin", "old");
   WriteFile("a.gltf", "old");
   {
-    const tool::Staging staging(Out() / "a.gltf");
+    tool::Staging staging(Out() / "a.gltf");
     for (const char* name : {"a.bin", "b.png", "a.gltf"}) std::ofstream(staging.Directory() / name) << "new";
     fs::remove(Out() / "a.gltf");
     fs::create_directory(Out() / "a.gltf");

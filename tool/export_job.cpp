@@ -59,7 +59,7 @@ class ExportRun {
   void Save(headless::Host& host, const fs::path& file);
   void NoteMessage(const headless::LogLine& line);
   void Check(const headless::Host& host, const Staging& staging);
-  void MoveIntoPlace(const Staging& staging);
+  void MoveIntoPlace(Staging& staging);
   void WritePage();
   void AddNotCarried(NotCarried entry);
   std::vector<fs::path> WrittenFiles() const;
@@ -95,7 +95,7 @@ void ExportRun::Run() {
 }
 
 void ExportRun::ExportToFile() {
-  const Staging staging(arguments_.output, StagedName(arguments_.output));
+  Staging staging(arguments_.output, StagedName(arguments_.output));
   for (const std::string& note : staging.Notes()) report_.Note(note);
   stages_.Begin(Stage::Reading);
   headless::Host host(ReadInput());
@@ -235,7 +235,7 @@ void ExportRun::Check(const headless::Host& host, const Staging& staging) {
   flushed.get();  // the system tells of a failure once, to whoever flushes first
 }
 
-void ExportRun::MoveIntoPlace(const Staging& staging) {
+void ExportRun::MoveIntoPlace(Staging& staging) {
   for (const fs::path& file : staging.MoveIntoPlace()) {
     std::error_code ignored;
     outcome_.files.push_back({file, fs::file_size(file, ignored)});

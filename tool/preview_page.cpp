@@ -102,7 +102,7 @@ void WritePreviewPage(const fs::path& model, const fs::path& page, const std::ve
   std::vector<std::string> all = warnings;
   all.insert(all.end(), read.warnings.begin(), read.warnings.end());
 
-  const Staging staging(page);
+  Staging staging(page);
   const fs::path staged = staging.Directory() / page.filename();
   std::ofstream stream(staged, std::ios::binary);
   stream << text.head << FactsText(read, all) << text.middle;

@@ -52,7 +52,7 @@ std::string WithoutStaging(std::string text, const Staging& staging, const fs::p
 }
 
 void Record(const RecordArguments& arguments, const Report& report) {
-  const Staging staging(arguments.output);
+  Staging staging(arguments.output);
   for (const std::string& note : staging.Notes()) report.Note(note);
   readers::ReadReport read;
   headless::SceneData scene = readers::ReadScene(arguments.input, arguments.reading, read);

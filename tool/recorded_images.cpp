@@ -100,11 +100,9 @@ std::string ImageMover::Copy(const fs::path& file) {
     if (candidate == target_.filename() || candidate == fs::path(target_).replace_extension(".bin").filename())
       return false;
     for (const fs::path& folder : {staging_, DirectoryOf(target_)}) {
-      std::error_code ignored;
+      // Throws when it can't be told, as for a name that is too long.
       const fs::path taken = folder / candidate;
-      // What can't be looked at may be there.
-      const bool isTaken = fs::symlink_status(taken, ignored).type() != fs::file_type::not_found;
-      if (isTaken && !HaveSameBytes(file, taken)) return false;
+      if (fs::exists(fs::symlink_status(taken)) && !HaveSameBytes(file, taken)) return false;
     }
     return true;
   };

@@ -36,8 +36,8 @@ struct Move {
   fs::path backup;  // the file that stood at `to`, empty for none
 };
 
-[[noreturn]] void ThrowOf(const Move& move, const std::error_code& error) {
-  throw OutputError(move.to.string() + ": can't be replaced: " + error.message());
+[[noreturn]] void ThrowOf(const Move& move, const std::error_code& error, const std::string& more = {}) {
+  throw OutputError(move.to.string() + ": can't be replaced: " + error.message() + more);
 }
 
 // A second name keeps the old file reachable, so that the target is never missing.
@@ -64,25 +64,18 @@ void KeepOldFiles(std::vector<Move>& moves, const fs::path& directory) {
   WriteJournal(directory, std::move(journal));
 }
 
-void PutBack(const std::vector<Move>& moves, std::size_t count) {
-  std::error_code ignored;
+// False when an old file can't be put back.
+bool PutBack(const std::vector<Move>& moves, std::size_t count) {
+  bool isWhole = true;
   for (std::size_t place = 0; place < count; ++place) {
-    if (moves[place].backup.empty())
-      fs::remove(moves[place].to, ignored);
-    else
-      fs::rename(moves[place].backup, moves[place].to, ignored);
-  }
-}
-
-void RunMoves(const std::vector<Move>& moves) {
-  const readers::InterruptPause pause;
-  for (std::size_t place = 0; place < moves.size(); ++place) {
     std::error_code error;
-    fs::rename(moves[place].from, moves[place].to, error);
-    if (!error) continue;
-    PutBack(moves, place);
-    ThrowOf(moves[place], error);
+    if (moves[place].backup.empty())
+      fs::remove(moves[place].to, error);
+    else
+      fs::rename(moves[place].backup, moves[place].to, error);
+    if (error) isWhole = false;
   }
+  return isWhole;
 }
 
 }  // namespace
@@ -136,7 +129,7 @@ void Staging::MakeDirectory() {
 }
 
 Staging::Place::~Place() {
-  if (!directory.empty()) RemoveStaging(directory.c_str());
+  if (!directory.empty() && !isNeeded) RemoveStaging(directory.c_str());
   if (lock >= 0) close(lock);
 }
 
@@ -144,7 +137,7 @@ void Staging::Flush() const {
   for (const fs::path& file : ListFolder(Directory())) FlushToDisk(file);
 }
 
-std::vector<fs::path> Staging::MoveIntoPlace() const {
+std::vector<fs::path> Staging::MoveIntoPlace() {
   Flush();
   std::vector<Move> moves;
   for (const fs::path& file : ListFolder(Directory()))
@@ -158,7 +151,18 @@ std::vector<fs::path> Staging::MoveIntoPlace() const {
 
   FlushToDisk(Directory());
   if (moves.size() > 1) KeepOldFiles(moves, place_.directory);
-  RunMoves(moves);
+  {
+    const readers::InterruptPause pause;
+    for (std::size_t place = 0; place < moves.size(); ++place) {
+      std::error_code error;
+      fs::rename(moves[place].from, moves[place].to, error);
+      if (!error) continue;
+      if (PutBack(moves, place)) ThrowOf(moves[place], error);
+      removal_.reset();
+      place_.isNeeded = true;
+      ThrowOf(moves[place], error, "; the next run puts back what is in " + place_.directory + "/old");
+    }
+  }
   FlushToDisk(DirectoryOf(target_));
   return files;
 }

@@ -35,9 +35,10 @@ class Staging {
 
   // Flushes every file of that directory and moves it beside the target, the target itself last, replacing what
   // stands there. A file beside the target that holds the very same bytes is left alone: it may be the source of
-  // the copy. When a move fails the files moved before are put back as they were, and OutputError is thrown.
+  // the copy. When a move fails the files moved before are put back as they were, and OutputError is thrown; should
+  // that fail too, the old files stay in staging for the next run.
   // Returns the files in place.
-  std::vector<std::filesystem::path> MoveIntoPlace() const;
+  std::vector<std::filesystem::path> MoveIntoPlace();
 
  private:
   // Takes the directory and all that is in it along, also out of a constructor that fails.
@@ -49,6 +50,7 @@ class Staging {
 
     std::string directory;  // empty before there is one
     int lock = -1;
+    bool isNeeded = false;  // it holds old files, and stays
   };
 
   void MakeDirectory();

@@ -139,13 +139,19 @@ bool Fail(const Call& call, Arguments& arguments, iovec& piece, long& result) {
   FaultResult& told = state->result;
   char path[sizeof told.path];
   FindPath(call, arguments, path, sizeof path);
-  if (!IsCounted(call, arguments, path) || ++state->calls != state->plan.place) return false;
+  if (!IsCounted(call, arguments, path)) return false;
   const FaultPlan& plan = state->plan;
+  const bool isPlace = ++state->calls == plan.place;
+  const bool lasts =
+      plan.kind == FaultKind::LastingCall && told.hit == 1 && std::strcmp(told.call, call.name) == 0;
+  if (!isPlace && !lasts) return false;
   if (plan.kind == FaultKind::ShortCall && !Halve(call, arguments, piece)) return false;
   if (plan.kind == FaultKind::Allocation || plan.kind == FaultKind::Exhaustion) return false;
-  told.hit = 1;
-  std::strcpy(told.call, call.name);
-  std::memcpy(told.path, path, sizeof path);
+  if (isPlace) {
+    told.hit = 1;
+    std::strcpy(told.call, call.name);
+    std::memcpy(told.path, path, sizeof path);
+  }
   if (plan.kind == FaultKind::ShortCall) return false;
   if (plan.kind == FaultKind::Kill) Perform(SYS_kill, {Perform(SYS_getpid, {}), SIGKILL});
   if (call.number == SYS_close) Perform(call.number, arguments);  // a close that fails has closed all the same

@@ -8,12 +8,13 @@
 namespace test_support {
 
 enum class FaultKind : std::int32_t {
-  Allocation,  // the place's allocation of memory gives none
-  Exhaustion,  // nor does any later one
-  Call,        // the place's system call on a file gives `error`
-  ShortCall,   // it reads or writes half of what it shall
-  Kill,        // SIGKILL comes before it
-  Trace,       // nothing; as many numbers as there were allocations come behind the result
+  Allocation,   // the place's allocation of memory gives none
+  Exhaustion,   // nor does any later one
+  Call,         // the place's system call on a file gives `error`
+  LastingCall,  // and so does each later one of its name
+  ShortCall,    // it reads or writes half of what it shall
+  Kill,         // SIGKILL comes before it
+  Trace,        // nothing; as many numbers as there were allocations come behind the result
 };
 
 constexpr std::size_t kMostTraced = 1 << 16;  // allocations of a trace
