@@ -23,6 +23,7 @@ const FaultCase kCases[] = {
     {"skin_files", ExportOf("tests/golden/skin_graph.orvo", "a.gltf")},
     {"animation", ExportOf("tests/golden/animation.orvo", "a.glb")},
     {"actors", ExportOf("tests/golden/actions.orvo", "a.glb")},
+    {"nodes", ExportOf("tests/golden/nodes.orvo", "a.glb")},
     {"obj", ExportOf("examples/pyramid.obj", "a.gltf")},
     {"warnings", ExportOf("examples/warnings.orvo", "a.glb", {"--verbose"})},
     {"refused", ExportOf("tests/golden/none.obj", "a.glb"), kInput},
@@ -50,7 +51,7 @@ class FailingMemory : public FaultTest {
             run.Says("one can't be read") ||                // an image, for the comparison with what was written
             run.Says("Resource temporarily unavailable"));  // as the system says where there is none for a thread
   }
-  // Whether a command before has tried this allocation, after just the same ones.
+  // Whether this allocation has been tried already, after just the same ones: see FaultRun::trace.
   bool IsRepeated(std::uint64_t place) const {
     static std::set<std::uint64_t> tried;
     const std::vector<std::uint64_t>& trace = Sound().trace;

@@ -39,8 +39,8 @@ class Allocation {
 
  private:
   static void Trace(FaultState& state, std::uint64_t place, const void* caller) {
-    constexpr std::uint64_t kPrime = 0x100000001B3;
-    state.history = (state.history ^ reinterpret_cast<std::uintptr_t>(caller)) * kPrime;
+    constexpr std::uint64_t kMix = 0x9E3779B97F4A7C15;
+    state.history = (state.history << 1) + reinterpret_cast<std::uintptr_t>(caller) * kMix;
     if (place <= state.trace.size()) state.trace[place - 1] = state.history;
   }
 

@@ -13,7 +13,7 @@ struct FaultState {
   FaultPlan plan;
   std::atomic<std::uint64_t> allocations, calls;
   FaultResult result;
-  std::uint64_t history;                         // of the callers of all allocations so far
+  std::uint64_t history;                         // of who made the last 64 allocations
   std::array<std::uint64_t, kMostTraced> trace;  // by allocation, as far as there is room
 };
 
