@@ -1,11 +1,15 @@
 #include "document/path_rules.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <new>
 
 namespace {
 
 FilePtr Open(const std::string& path, const char* mode) {
-  return FilePtr(std::fopen(SystemPath(path).string().c_str(), mode));
+  FilePtr file(std::fopen(SystemPath(path).string().c_str(), mode));
+  if (!file && errno == ENOMEM) throw std::bad_alloc();  // which says nothing about the file
+  return file;
 }
 
 }  // namespace

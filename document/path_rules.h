@@ -22,6 +22,6 @@ struct CloseFile {
 };
 using FilePtr = std::unique_ptr<std::FILE, CloseFile>;
 
-// Opens a file by its host path, in binary. Null when that fails.
+// Opens a file by its host path, in binary. Null when that fails; throws std::bad_alloc.
 FilePtr OpenForReading(const std::string& path);
 FilePtr OpenForWriting(const std::string& path);

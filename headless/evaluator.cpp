@@ -211,7 +211,10 @@ Matrix4 Evaluator::ComputeWorld(const ReadState& state, const Node& node, const 
 }
 
 std::unique_ptr<WorldCache> Evaluator::TakeCache() {
-  if (freeCaches_.empty()) return std::make_unique<WorldCache>();
+  if (freeCaches_.empty()) {
+    freeCaches_.reserve(++cacheCount_);  // there shall be room for it when it comes back
+    return std::make_unique<WorldCache>();
+  }
   std::unique_ptr<WorldCache> cache = std::move(freeCaches_.back());
   freeCaches_.pop_back();
   return cache;

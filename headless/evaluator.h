@@ -32,7 +32,7 @@ class Evaluator {
   // The world matrix of a locator. A cache serves one state from its taking to its giving back.
   const Matrix4& World(const ReadState& state, ItemIndex locator, WorldCache& cache) const;
 
-  // An empty cache, and its way back when its read ends.
+  // An empty cache, and its way back when its read ends, which takes no memory.
   std::unique_ptr<WorldCache> TakeCache();
   void GiveBack(std::unique_ptr<WorldCache> cache);
 
@@ -72,6 +72,7 @@ class Evaluator {
   TransformStack stack_;
   std::vector<Node> nodes_;
   NodesByItem worldNodes_;
+  std::size_t cacheCount_ = 0;
   std::vector<std::unique_ptr<WorldCache>> freeCaches_;
   mutable std::vector<std::int32_t> pending_;  // scratch
 };

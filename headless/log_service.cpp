@@ -62,8 +62,8 @@ zyresult LogEntry::AddChild(IZyLogEntry* child) {
     stream_->Add(KindOf(severity_), entry->text_);
     return ZYe_OK;
   }
-  entry->AddRef();
   children_.push_back(entry);
+  entry->AddRef();
   return ZYe_OK;
 }
 

@@ -143,7 +143,7 @@ const std::shared_ptr<const MappedFile>& BinaryFiles::Open(const Json& name) {
   }
   std::error_code error;
   const fs::path base = fs::canonical(directory_.empty() ? "." : directory_, error);
-  const fs::path target = fs::canonical(base / path, error);
+  const fs::path target = error ? fs::path() : fs::canonical(base / path, error);
   if (error) Fail(name, "can't read \"" + text + "\": " + error.message());
   // A link may lead out.
   if (std::mismatch(base.begin(), base.end(), target.begin(), target.end()).first != base.end()) {

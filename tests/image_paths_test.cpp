@@ -143,6 +143,14 @@ TEST_F(ImagePathsTest, AFileOutsideMustBeginLikeAnImage) {
   ExpectStays("C:\\found.png");
 }
 
+TEST_F(ImagePathsTest, NothingLiesBelowAFolderThatCantBeLookedAt) {
+  const std::string circle = Path("circle");
+  fs::create_symlink(circle, circle);
+  EXPECT_THROW(Settle(Path("outside/secret.png"), {circle}), fs::filesystem_error);
+  directory = circle;
+  EXPECT_THROW(Settle(Path("outside/secret.png")), fs::filesystem_error);
+}
+
 TEST_F(ImagePathsTest, OnlyRegularFilesAreTaken) {
   ASSERT_EQ(mkfifo(Path("scene/textures/pipe.png").c_str(), 0600), 0);
   fs::create_symlink("loop.png", dir / "scene/loop.png");

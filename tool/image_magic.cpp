@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <fstream>
+#include <new>
 #include <string_view>
 
 namespace tool {
@@ -40,6 +42,7 @@ bool BeginsWith(std::string_view bytes, std::string_view beginning) {
 bool BeginsLikeImage(const std::filesystem::path& file) {
   std::array<char, kLongest> buffer;
   std::ifstream stream(file, std::ios::binary);
+  if (!stream && errno == ENOMEM) throw std::bad_alloc();  // which says nothing about the file
   stream.read(buffer.data(), buffer.size());
   const std::string_view bytes(buffer.data(), static_cast<std::size_t>(stream.gcount()));
   return std::any_of(std::begin(kBeginnings), std::end(kBeginnings),

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <map>
+#include <new>
 #include <optional>
 #include <set>
 #include <system_error>
@@ -35,10 +36,19 @@ constexpr const char* kReasons[] = {
     "it can't be looked at",
 };
 
-// Links followed, as far as the path exists; empty when nobody can say.
-fs::path Canonical(const fs::path& path) {
+// Links followed, as far as the path exists.
+fs::path Canonical(const fs::path& path, std::error_code& error) {
+  fs::path canonical = fs::weakly_canonical(fs::absolute(path, error), error);
+  if (error == std::errc::not_enough_memory) throw std::bad_alloc();
+  return canonical;
+}
+
+// Any path would lie below an empty one.
+fs::path CanonicalFolder(const fs::path& path) {
   std::error_code error;
-  return fs::weakly_canonical(fs::absolute(path, error), error);
+  fs::path canonical = Canonical(path, error);
+  if (error) throw fs::filesystem_error("can't be looked at", path, error);
+  return canonical;
 }
 
 bool LiesBelow(const fs::path& path, const fs::path& directory) {
@@ -66,11 +76,11 @@ class ImageFinder {
 
 ImageFinder::ImageFinder(const std::string& directory, const ImagePlaces& places)
     : directory_(directory),
-      canonicalDirectory_(Canonical(directory.empty() ? "." : directory)),
+      canonicalDirectory_(CanonicalFolder(directory.empty() ? "." : directory)),
       places_({"", "textures/", "images/"}) {
   for (const fs::path& own : places.own) own_.insert(own.string());
   for (const fs::path& root : places.roots) {
-    canonicalRoots_.push_back(Canonical(root));
+    canonicalRoots_.push_back(CanonicalFolder(root));
     places_.push_back((fs::absolute(root) / "").string());
   }
 }
@@ -78,18 +88,16 @@ ImageFinder::ImageFinder(const std::string& directory, const ImagePlaces& places
 // Looks at just the file that the plug-in would open.
 Verdict ImageFinder::Judge(const std::string& path) const {
   const fs::path file = ImageFile(directory_, path);
-  const fs::path canonical = Canonical(file);
+  std::error_code error;
+  const fs::path canonical = Canonical(file, error);
   const bool own = own_.count(path) != 0 && path.find('\\') == std::string::npos;
   const bool confined = !canonicalRoots_.empty();
   if (confined && !own && std::none_of(canonicalRoots_.begin(), canonicalRoots_.end(), [&](const fs::path& root) {
         return LiesBelow(canonical, root);
       }))
     return Verdict::OutsideRoots;
-  std::error_code error;
   const fs::file_status status = fs::status(file, error);
-  // No file can be at a name that is too long or leads in a circle.
-  const bool isNowhere =
-      error == std::errc::filename_too_long || error == std::errc::too_many_symbolic_link_levels;
+  const bool isNowhere = IsNowhere(error);
   if (!path.empty() && !isNowhere && status.type() == fs::file_type::none) return Verdict::Unreadable;
   if (path.empty() || isNowhere || !fs::exists(status))
     return IsBackslashName(path) ? Verdict::Backslash : Verdict::Missing;
@@ -139,6 +147,10 @@ std::optional<std::string> ImageFinder::Settle(const std::string& path, ImageRep
 
 fs::path ImageFile(const std::string& sceneDirectory, const std::string& imagePath) {
   return headless::FromHostPath(headless::ResolveHostPath(sceneDirectory, imagePath));
+}
+
+bool IsNowhere(const std::error_code& error) {
+  return error == std::errc::filename_too_long || error == std::errc::too_many_symbolic_link_levels;
 }
 
 std::vector<fs::path> ImageFiles(const headless::SceneData& scene) {

@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <string>
+#include <system_error>
 #include <vector>
 
 namespace tool {
@@ -23,6 +24,9 @@ struct ImagePlaces {
 // Where the plug-in opens an image, named in the form of the scene file: either slash separates folders.
 std::filesystem::path ImageFile(const std::string& sceneDirectory, const std::string& imagePath);
 
+// Whether no file can be where the system gives this error: the name is too long or leads in a circle.
+bool IsNowhere(const std::error_code& error);
+
 // Of all images of the scene, each once.
 std::vector<std::filesystem::path> ImageFiles(const headless::SceneData& scene);
 
@@ -30,7 +34,8 @@ std::vector<std::filesystem::path> ImageFiles(const headless::SceneData& scene);
 // `textures` and `images` below that, and in the roots; when it is nowhere the path stays, for the plug-in to
 // complain of. What isn't a regular file, and what lies outside the scene's directory (links followed) and doesn't
 // begin like an image, loses its path and isn't exported. With roots an image must lie below one of them whatever
-// it is, and no file elsewhere is opened but the scene's own.
+// it is, and no file elsewhere is opened but the scene's own. Throws std::system_error when a folder can't be
+// looked at.
 void SettleImagePaths(headless::SceneData& scene, const ImagePlaces& places, ImageReport& report);
 
 }  // namespace tool

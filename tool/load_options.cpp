@@ -100,6 +100,7 @@ void ReadRecord(const fs::path& file, const HandedOptions& handed, LoadOptionsDi
 void WriteRecord(const fs::path& file, const HandedOptions& handed) {
   headless::BlockWriter writer;
   const zyresult result = handed.As<IZyStreamIO>().Raw()->Write(&writer);
+  if (ZyFailed(result) && MemoryRanOut()) throw std::bad_alloc();
   if (ZyFailed(result))
     throw headless::WriteError(
         fmt::format("{}: the plug-in failed: code 0x{:08X}", file.string(), static_cast<std::uint32_t>(result)));
@@ -137,6 +138,7 @@ void Run(const LoadOptionsArguments& arguments, const Report& report) {
   if (isStored || !arguments.writeTo.empty()) dialog.Execute();
   const std::vector<LoadOptionView> options = dialog.Options();
   WarnOfDisabled(arguments, options, report);
+  if (MemoryRanOut()) throw std::bad_alloc();  // the plug-in leaves out what there was no room for
   if (!arguments.writeTo.empty()) WriteRecord(arguments.writeTo, handed);
   if (isStored) store->Save();
   Print(arguments.isJson ? LoadOptionsJson(options) : LoadOptionsText(options));

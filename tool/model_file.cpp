@@ -152,7 +152,7 @@ ModelReader::Bytes ModelReader::ReadDataUri(const Json& uri) {
 ModelReader::Bytes ModelReader::OpenBeside(const Json& uri, const std::string& path) {
   std::error_code error;
   const fs::path folder = fs::weakly_canonical(fs::absolute(file_, error).parent_path(), error);
-  const fs::path canonical = fs::weakly_canonical(folder / path, error);
+  const fs::path canonical = error ? fs::path() : fs::weakly_canonical(folder / path, error);
   if (error ||
       std::mismatch(folder.begin(), folder.end(), canonical.begin(), canonical.end()).first != folder.end())
     Fail(uri, "the file lies outside the model's folder");

@@ -132,9 +132,9 @@ WrittenDocument CheckOutput(const std::filesystem::path& file, const headless::S
 }
 
 std::optional<std::string> FindWriteFault(const std::filesystem::path& file) {
+  const std::string block(65536, '\0');
   std::FILE* const stream = std::fopen(file.c_str(), "ab");
   if (!stream) return std::strerror(errno);
-  const std::string block(65536, '\0');
   const bool written = std::fwrite(block.data(), 1, block.size(), stream) == block.size();
   const int error = errno;
   if (std::fclose(stream) == 0 && written) return std::nullopt;

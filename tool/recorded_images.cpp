@@ -61,8 +61,11 @@ ImageMover::ImageMover(const std::string& source, const fs::path& target, const 
 std::string ImageMover::Move(const std::string& path) {
   const fs::path file = ImageFile(source_, path);
   std::string moved = PathFromTarget(path);
-  std::error_code ignored;
-  if (!fs::is_regular_file(file, ignored)) return moved;  // missing in either place
+  std::error_code error;
+  const fs::file_status status = fs::status(file, error);
+  if (!fs::status_known(status) && !IsNowhere(error))
+    throw fs::filesystem_error("can't be looked at", file, error);
+  if (!fs::is_regular_file(status)) return moved;  // missing in either place
   if (!IsTemporary(file) && readers::ToUtf8(moved) == moved && WouldBeExported(moved)) return moved;
   return Copy(file);
 }

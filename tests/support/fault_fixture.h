@@ -43,7 +43,7 @@ class FaultTest : public Command, public testing::WithParamInterface<FaultCase> 
         std::vector<std::string>{"XDG_CONFIG_HOME=" + (Out() / "config").string(), "TMPDIR=" + Out().string()});
     server_->Run({});
     for (const auto& [name, text] : ReadFolder()) old_[name] = name.ends_with(".json") ? "{}" : "old " + name;
-    sound_ = RunFaulty({});
+    sound_ = RunFaulty({FaultKind::Trace});
     EXPECT_EQ(sound_.exitCode, run.exitCode) << sound_.errors;
     new_ = ReadFolder();
     return sound_.exitCode == run.exitCode ? &*server_ : nullptr;
@@ -69,6 +69,8 @@ class FaultTest : public Command, public testing::WithParamInterface<FaultCase> 
     const Folder folder = ReadFolder();
     return folder == old_ ? Stand::Old : folder == new_ ? Stand::New : Stand::Mixed;
   }
+  // Also where these are the same.
+  bool StandsNew() const { return ReadFolder() == new_; }
   // Staging directories that are left.
   std::vector<std::string> FindStaging() const {
     std::vector<std::string> files = Files();

@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -22,9 +23,16 @@ bool ReadPlan(int from, FaultPlan& plan) {
   return read(from, &plan, sizeof plan) == static_cast<ssize_t>(sizeof plan);
 }
 
-void Tell(int to, FaultResult result) {
-  if (write(to, &result, sizeof result) != static_cast<ssize_t>(sizeof result)) _exit(1);
+void Send(int to, const void* bytes, std::size_t count) {
+  for (const char* from = static_cast<const char*>(bytes); count > 0;) {
+    const ssize_t sent = write(to, from, count);
+    if (sent <= 0) _exit(1);
+    from += sent;
+    count -= static_cast<std::size_t>(sent);
+  }
 }
+
+void Tell(int to, FaultResult result) { Send(to, &result, sizeof result); }
 
 // Returns in the copies.
 __attribute__((constructor)) void Serve() {
@@ -45,6 +53,7 @@ __attribute__((constructor)) void Serve() {
     state->plan = plan;
     state->allocations = 0;
     state->calls = 0;
+    state->history = 0;
     state->result = {};
     const pid_t process = fork();
     if (process == 0) {
@@ -59,6 +68,8 @@ __attribute__((constructor)) void Serve() {
     state->result.allocations = state->allocations;
     state->result.calls = state->calls;
     Tell(to, state->result);
+    const std::size_t traced = std::min<std::size_t>(state->allocations, kMostTraced);
+    if (plan.kind == FaultKind::Trace) Send(to, state->trace.data(), traced * sizeof(std::uint64_t));
   }
   _exit(0);
 }

@@ -2,6 +2,7 @@
 // runs the command (see fault_server.h).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace test_support {
@@ -13,7 +14,10 @@ enum class FaultKind : std::int32_t {
   LastingCall,  // and so does each later one of its name
   ShortCall,    // it reads or writes half of what it shall
   Kill,         // SIGKILL comes before it
+  Trace,        // nothing; as many numbers as there were allocations come behind the result
 };
+
+constexpr std::size_t kMostTraced = 1 << 16;  // allocations of a trace
 
 struct FaultPlan {
   FaultKind kind = FaultKind::Allocation;

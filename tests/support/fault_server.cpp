@@ -2,6 +2,7 @@
 
 #include "tests/support/glb_reader.h"
 
+#include <sys/personality.h>
 #include <sys/wait.h>
 
 #include <algorithm>
@@ -70,6 +71,7 @@ FaultServer::FaultServer(const std::string& library, std::vector<std::string> ar
   for (const int stream : {STDOUT_FILENO, STDERR_FILENO})
     posix_spawn_file_actions_adddup2(&actions, errors_, stream);
   std::vector<std::string> environment = Environment(library, std::move(variables));
+  personality(ADDR_NO_RANDOMIZE);  // of what is started from now on
   const int failure = posix_spawn(&process_, arguments[0].c_str(), &actions, nullptr, Pointers(arguments).data(),
                                   Pointers(environment).data());
   posix_spawn_file_actions_destroy(&actions);
@@ -88,10 +90,19 @@ FaultServer::~FaultServer() {
   waitpid(process_, nullptr, 0);
 }
 
+void FaultServer::Receive(void* bytes, std::size_t count) const {
+  for (char* to = static_cast<char*>(bytes); count > 0;) {
+    const ssize_t received = read(results_, to, count);
+    if (received <= 0)
+      throw std::runtime_error("the command gave no result: " + ReadWholeFile(directory_.Path() / "errors"));
+    to += received;
+    count -= static_cast<std::size_t>(received);
+  }
+}
+
 FaultResult FaultServer::ReadResult() const {
   FaultResult result;
-  if (read(results_, &result, sizeof result) != static_cast<ssize_t>(sizeof result))
-    throw std::runtime_error("the command gave no result: " + ReadWholeFile(directory_.Path() / "errors"));
+  Receive(&result, sizeof result);
   return result;
 }
 
@@ -100,6 +111,10 @@ FaultRun FaultServer::Run(const FaultPlan& plan) {
   if (ftruncate(errors_, 0) != 0 || write(plans_, &plan, sizeof plan) != static_cast<ssize_t>(sizeof plan))
     throw std::runtime_error("the command can't be told its plan");
   run.result = ReadResult();
+  if (plan.kind == FaultKind::Trace) {
+    run.trace.resize(std::min<std::size_t>(run.result.allocations, kMostTraced));
+    Receive(run.trace.data(), run.trace.size() * sizeof run.trace[0]);
+  }
   const int status = run.result.status;
   run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   run.errors = ReadWholeFile(directory_.Path() / "errors");

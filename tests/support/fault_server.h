@@ -15,6 +15,9 @@ struct FaultRun {
   int exitCode = -1;  // as a shell says it: 128 + N when signal N ended it; 99 for a sanitizer's finding
   std::string errors;
   FaultResult result;
+  // Where the plan asks for it: of each allocation a number that tells which functions made it and the 63 before
+  // it. It is the same in other commands, unless the system insists on random addresses.
+  std::vector<std::uint64_t> trace;
 
   // The lines that are warnings or errors.
   std::vector<std::string> Complaints() const;
@@ -35,6 +38,7 @@ class FaultServer {
   FaultRun Run(const FaultPlan& plan);
 
  private:
+  void Receive(void* bytes, std::size_t count) const;
   FaultResult ReadResult() const;
 
   TempDirectory directory_;  // of what it prints

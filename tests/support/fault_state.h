@@ -3,6 +3,7 @@
 
 #include "tests/support/fault_plan.h"
 
+#include <array>
 #include <atomic>
 
 namespace test_support {
@@ -12,6 +13,8 @@ struct FaultState {
   FaultPlan plan;
   std::atomic<std::uint64_t> allocations, calls;
   FaultResult result;
+  std::uint64_t history;                         // of who made the last 64 allocations
+  std::array<std::uint64_t, kMostTraced> trace;  // by allocation, as far as there is room
 };
 
 // Shared with the process that forked this one; null while the program starts.
