@@ -110,7 +110,8 @@ TEST_F(Sandbox, NoOtherFileIsReached) {
       {"make a pipe", [&] { return mkfifo(Path("private/p").c_str(), 0600) == 0; }},
   };
   for (const auto& [name, action] : kTries) {
-    EXPECT_EQ(1, Run([&tried = action] { return tried() ? 1 : 0; })) << name << ": can't be done without a sandbox either";
+    EXPECT_EQ(1, Run([&tried = action] { return tried() ? 1 : 0; }))
+        << name << ": can't be done without a sandbox either";
     for (const char* made : {"elsewhere/new", "in/new", "in/own", "private/l", "private/f", "private/p"})
       fs::remove(Path(made));
     for (const char* file : {"elsewhere/secret", "private/own", "in/model"}) std::ofstream(Path(file)) << "text";
@@ -150,7 +151,8 @@ TEST_F(Sandbox, NoSystemCallBeyondFilesAndMemory) {
       {"other rights", [&] { return chmod(Path("private/own").c_str(), 0777) == 0; }},
   };
   for (const auto& [name, action] : kTries) {
-    EXPECT_EQ(1, Run([&tried = action] { return tried() ? 1 : 0; })) << name << ": can't be done without a sandbox either";
+    EXPECT_EQ(1, Run([&tried = action] { return tried() ? 1 : 0; }))
+        << name << ": can't be done without a sandbox either";
     EXPECT_EQ(0, RunConfined(action)) << name;
   }
   EXPECT_EQ(0, RunConfined([] { return execl("/bin/true", "true", nullptr) != -1; })) << "another program";

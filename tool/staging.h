@@ -36,8 +36,7 @@ class Staging {
   // Flushes every file of that directory and moves it beside the target, the target itself last, replacing what
   // stands there. A file beside the target that holds the very same bytes is left alone: it may be the source of
   // the copy. When a move fails the files moved before are put back as they were, and OutputError is thrown; should
-  // that fail too, the old files stay in staging for the next run.
-  // Returns the files in place.
+  // that fail too, the old files stay in staging for the next run. Returns the files in place.
   std::vector<std::filesystem::path> MoveIntoPlace();
 
  private:
