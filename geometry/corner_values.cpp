@@ -1,5 +1,7 @@
 #include "geometry/corner_values.h"
 
+#include <utility>
+
 namespace {
 
 // False when the corner has no value, which then is zeros.
@@ -41,6 +43,8 @@ void ReadNormal(const MeshScanState& scan, ZyPolygonId polygon, ZyPointId point,
 }  // namespace
 
 void ReadCornerValues(MeshScanState& scan, ZyPolygonId polygon, ZyPointId point) {
+  // Most polygons have only corners that are known by their keys.
+  if (!std::exchange(scan.isSelected, true)) scan.polygonAccessor.SelectById(polygon);
   CornerValues& corner = scan.corner;
   // Four floats for an RGB map too: its alpha comes out as 0.
   for (std::size_t k = 0; k < scan.colorScans.size(); ++k)
@@ -63,8 +67,8 @@ void ChooseKeyMaps(MeshScanState& scan) {
   scan.keys.resize(3 * scan.keyMaps.size());
 }
 
-bool ReadKeys(MeshScanState& scan, std::uint32_t triangle) {
+bool ReadKeys(MeshScanState& scan, std::uint32_t triangle, ZyPointId (&points)[3]) {
   const auto count = static_cast<std::uint32_t>(scan.keyMaps.size());
-  return count > 0 &&
-         ZySucceeded(scan.valueKeys.TriangleKeys(triangle, scan.keyMaps.data(), count, scan.keys.data()));
+  if (count == 0) return false;
+  return ZySucceeded(scan.valueKeys.TriangleKeys(triangle, scan.keyMaps.data(), count, points, scan.keys.data()));
 }

@@ -60,8 +60,10 @@ void RecordTriangle(MeshScanState& scan, const char* materialTag, const char* pa
 }
 
 // `triangle` counts in the polygon.
-void ScanTriangle(MeshScanState& scan, ZyPolygonId polygon, std::uint32_t triangle, const ZyPointId (&points)[3]) {
-  const bool hasKeys = ReadKeys(scan, triangle);
+void ScanTriangle(MeshScanState& scan, ZyPolygonId polygon, std::uint32_t triangle) {
+  ZyPointId points[3] = {0, 0, 0};
+  const bool hasKeys = ReadKeys(scan, triangle, points);
+  if (!hasKeys) scan.currentPolygon.TriangleByIndex(triangle, points);
   for (std::size_t c = 0; c < 3; ++c) {
     const std::uint32_t place = scan.pointIndexById.Find(points[c]);
     const std::uint32_t* const keys = hasKeys ? &scan.keys[c * scan.keyMaps.size()] : nullptr;
@@ -114,10 +116,10 @@ GltfMesh* CreateMeshForItem(SaveState& state, const CZyUser_Item& item) {
   scan.currentMesh = mesh;
   scan.meshMapAccessor = maps;
   scan.polygonAccessor = polygon;
-  scan.valueKeys.Set(polygon.Raw());
   scan.pointAccessor = point;
   if (maps) DiscoverMeshMaps(state);
   if (counted > 0) mesh->positions.reserve(points);
+  if (frame.PolyAccessor(scan.currentPolygon)) scan.valueKeys.Set(scan.currentPolygon.Raw());
   ChooseKeyMaps(scan);
   frame.ScanPoints(*state.visitor);
   StartWedges(scan, static_cast<std::uint32_t>(corners));
@@ -144,18 +146,14 @@ void VisitScannedPolygon(SaveState& state) {
   if (!scan.currentMesh) return;
   const char* materialTag = state.frame->PolyTag(kTagMaterial);
   const char* partTag = state.frame->PolyTag(kTagPart);
-  CZyUser_Polygon current;
-  state.frame->PolyAccessor(current);
   ZyPolygonId polygon = 0;
   std::uint32_t triangles = 0;
-  current.Id(polygon);
-  current.TriangleCount(triangles);
-  scan.polygonAccessor.SelectById(polygon);
+  scan.currentPolygon.Id(polygon);
+  scan.currentPolygon.TriangleCount(triangles);
+  scan.isSelected = false;
   for (std::uint32_t index = 0; index < triangles; ++index) {
-    ZyPointId points[3] = {0, 0, 0};
-    current.TriangleByIndex(index, points);
     RecordTriangle(scan, materialTag, partTag);
-    ScanTriangle(scan, polygon, index, points);
+    ScanTriangle(scan, polygon, index);
     ++scan.triangleCount;
   }
 }

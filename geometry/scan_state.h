@@ -48,8 +48,10 @@ struct MeshScanState {
   ZyMeshMapId normalMapId = 0;     // 0 for none
   bool hasNormalMap = false;       // normalMapId is to be used
   CZyUser_MeshMap meshMapAccessor;
-  CZyUser_Polygon polygonAccessor;
-  CZyUser_ValueKeys valueKeys;  // of polygonAccessor, when the host has them
+  CZyUser_Polygon currentPolygon;   // walks along with the frame's scan
+  CZyUser_ValueKeys valueKeys;      // of currentPolygon, when the host has them
+  CZyUser_Polygon polygonAccessor;  // for the values of corners
+  bool isSelected = false;          // polygonAccessor stands on the current polygon
   CZyUser_Point pointAccessor;
   std::vector<UvScan> uvScans;
   std::vector<ColorScan> colorScans;

@@ -140,8 +140,7 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyValueKeys> {
   zyresult TriangleByIndex(std::uint32_t index, ZyPointId (&points)[3]) override {
     std::uint32_t found[3];
     if (!FindTriangle(index, found)) return ZYe_FAILED;
-    store_->CountTriangle();
-    for (int place = 0; place < 3; ++place) points[place] = points_.IdOf(found[place]);
+    HandOut(found, points);
     return ZYe_OK;
   }
 
@@ -163,9 +162,10 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyValueKeys> {
   }
 
   zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
-                        std::uint32_t* keys) override {
-    std::uint32_t corners[3];
-    if (!FindCorners(triangle, corners)) return ZYe_FAILED;
+                        ZyPointId (&points)[3], std::uint32_t* keys) override {
+    std::uint32_t found[3], corners[3];
+    if (!FindTriangle(triangle, found) || !FindCorners(found, corners)) return ZYe_FAILED;
+    HandOut(found, points);
     for (std::uint32_t map = 0; map < count; ++map) {
       const MapView* view = maps_.Find(maps[map]);
       for (std::size_t place = 0; place < 3; ++place)
@@ -229,10 +229,13 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyValueKeys> {
     return true;
   }
 
+  void HandOut(const std::uint32_t (&triangle)[3], ZyPointId (&points)[3]) {
+    store_->CountTriangle();
+    for (int place = 0; place < 3; ++place) points[place] = points_.IdOf(triangle[place]);
+  }
+
   // The polygon's first corners at a triangle's points; false when one isn't there.
-  bool FindCorners(std::uint32_t triangle, std::uint32_t (&corners)[3]) {
-    std::uint32_t points[3];
-    if (!FindTriangle(triangle, points)) return false;
+  bool FindCorners(const std::uint32_t (&points)[3], std::uint32_t (&corners)[3]) {
     const bool isDistinct = points[0] != points[1] && points[0] != points[2] && points[1] != points[2];
     const bool isPolygon = size_ == 3 && !HasTable() && isDistinct;
     for (std::uint32_t place = 0; place < 3; ++place) {

@@ -58,13 +58,13 @@ struct IZyValueKeys : IZyObject {
   static constexpr std::uint32_t kId = 0x205;
   static constexpr std::uint32_t kNoKey = 0xFFFFFFFFu;
 
-  // Keys of the values that maps have at the points of a triangle of the current polygon: keys[c * count + m] is
-  // that of maps[m] at the point `c` of IZyPolygon::TriangleByIndex. Where a map has the same key at two corners
-  // of one point, IZyPolygon::MapEvaluate has the same result at both and writes the same floats, bit for bit,
-  // and MapValue of the polygon or of the point finds a value at both or at none. kNoKey says nothing of the
-  // corner. On failure nothing is written.
+  // The points of a triangle of the current polygon, as IZyPolygon::TriangleByIndex gives them, with keys of the
+  // values that maps have there: keys[c * count + m] is that of maps[m] at points[c]. Where a map has the same key
+  // at two corners of one point, IZyPolygon::MapEvaluate has the same result at both and writes the same floats,
+  // bit for bit, and MapValue of the polygon or of the point finds a value at both or at none. kNoKey says nothing
+  // of the corner. On failure nothing is written.
   virtual zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
-                                std::uint32_t* keys) = 0;
+                                ZyPointId (&points)[3], std::uint32_t* keys) = 0;
 
  protected:
   ~IZyValueKeys() = default;

@@ -37,8 +37,8 @@ class CZyUser_Polygon : public CountedRef<IZyPolygon> {
 class CZyUser_ValueKeys : public CountedRef<IZyValueKeys> {
  public:
   zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
-                        std::uint32_t* keys) const {
-    return Call(&IZyValueKeys::TriangleKeys, triangle, maps, count, keys);
+                        ZyPointId (&points)[3], std::uint32_t* keys) const {
+    return Call(&IZyValueKeys::TriangleKeys, triangle, maps, count, points, keys);
   }
 };
 

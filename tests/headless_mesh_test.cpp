@@ -199,7 +199,6 @@ TEST(MeshAccess, MapValuesWithGaps) {
   EXPECT_EQ(value[0], kUntouched);
 }
 
-// Three polygons of many corners that share points, one of them with a slit, asked in turns.
 // All that a map says at a corner: the evaluated floats, the result, and whether the corner or its point holds a
 // value.
 std::vector<float> AnswersAt(const OpenMesh& open, ZyMeshMapId map, ZyPointId point) {
@@ -224,9 +223,10 @@ std::size_t CountSharedKeys(const MeshData& data) {
   for (std::uint32_t polygon = 0; polygon < data.PolygonCount(); ++polygon) {
     const auto triangles = open.Triangles(polygon);
     for (std::size_t triangle = 0; triangle < triangles.size(); ++triangle) {
-      const auto& points = triangles[triangle];
+      ZyPointId points[3];
       std::uint32_t found[12];
-      EXPECT_EQ(keys.TriangleKeys(static_cast<std::uint32_t>(triangle), maps.data(), 4, found), ZYe_OK);
+      EXPECT_EQ(keys.TriangleKeys(static_cast<std::uint32_t>(triangle), maps.data(), 4, points, found), ZYe_OK);
+      EXPECT_TRUE(std::equal(points, points + 3, std::begin(triangles[triangle])));
       for (std::size_t c = 0; c < 3; ++c)
         for (std::size_t m = 0; m < 4; ++m) {
           if (found[4 * c + m] == IZyValueKeys::kNoKey) continue;
@@ -236,8 +236,10 @@ std::size_t CountSharedKeys(const MeshData& data) {
           EXPECT_EQ(entry.first->second, answers) << "polygon " << polygon << ", map " << m << ", corner " << c;
         }
     }
+    ZyPointId noPoints[3] = {7};
     std::uint32_t untouched[12] = {7};
-    EXPECT_TRUE(ZyFailed(keys.TriangleKeys(999, maps.data(), 4, untouched)));
+    EXPECT_TRUE(ZyFailed(keys.TriangleKeys(999, maps.data(), 4, noPoints, untouched)));
+    EXPECT_EQ(noPoints[0], 7u);
     EXPECT_EQ(untouched[0], 7u);
   }
   return shared;
@@ -255,6 +257,7 @@ TEST(MeshAccess, EqualKeysMeanEqualValues) {
   EXPECT_GT(CountSharedKeys(repeated), 0u);
 }
 
+// Three polygons of many corners that share points, one of them with a slit, asked in turns.
 TEST(MeshAccess, CornersOfHugePolygons) {
   constexpr std::uint32_t kCount = 3000;
   MeshPoints points;

@@ -44,8 +44,8 @@ class ValueKeysPart final : public Part<IZyValueKeys> {
  public:
   using Part<IZyValueKeys>::Part;
   zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
-                        std::uint32_t* keys) override {
-    return Call(&IZyValueKeys::TriangleKeys, triangle, maps, count, keys);
+                        ZyPointId (&points)[3], std::uint32_t* keys) override {
+    return Call(&IZyValueKeys::TriangleKeys, triangle, maps, count, points, keys);
   }
 };
 
