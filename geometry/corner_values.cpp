@@ -53,7 +53,7 @@ void ReadCornerValues(MeshScanState& scan, ZyPolygonId polygon, ZyPointId point)
     const std::uint32_t tangent = ReadTangent(scan, k, point);
     if (k == 0) corner.tangent = tangent;  // the others aren't written
   }
-  ReadNormal(scan, polygon, point, corner.normal);
+  ReadNormal(scan, polygon, point, corner.hostNormal);
   for (std::size_t k = 0; k < scan.uvScans.size(); ++k)
     corner.missingUvs[k] = !Evaluate(scan, scan.uvScans[k].mapId, point, corner.uvs[k]);
 }

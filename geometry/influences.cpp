@@ -56,6 +56,7 @@ std::vector<PointInfluences> GatherGroupInfluences(const CZyUser_GroupDeformer& 
 PointInfluences GatherMapInfluences(const CZyUser_MeshMap& map, const std::string& mapName,
                                     const CZyUser_Point& point, std::uint32_t pointCount) {
   PointInfluences influences;
+  if (mapName.empty()) return influences;  // of a deformer without a map; a map without a name is another's
   ZyMeshMapId id = 0;
   if (ZyFailed(map.SelectByName(kMapWeight, mapName.c_str())) || ZyFailed(map.Id(id))) return influences;
   WeightVisitor visitor(point, id, pointCount, influences);

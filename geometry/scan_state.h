@@ -20,6 +20,7 @@ struct UvScan {
 struct ColorScan {
   GltfColorMap* colorMap = nullptr;
   ZyMeshMapId mapId = 0;
+  ValueEntries<float, 4> entries = {};
 };
 
 struct TangentScan {
@@ -27,13 +28,17 @@ struct TangentScan {
   ZyMeshMapId mapId = 0;
 };
 
-// What the host says of one corner; colours and UVs have an entry per scan of their kind.
+// What the host says of one corner; colours and UVs have an element per scan of their kind.
 struct CornerValues {
-  std::array<double, 3> normal;  // not normalised
-  std::uint32_t tangent = 0;     // index in the first tangent map
+  std::array<double, 3> hostNormal;  // not normalised
+  std::uint32_t tangent = 0;         // index in the first tangent map
   std::vector<std::array<float, 4>> colors;
   std::vector<std::array<float, 2>> uvs;  // zeros when missing
-  std::vector<std::uint8_t> missingUvs;   // per entry of uvs: not 0 when the corner has none
+  std::vector<std::uint8_t> missingUvs;   // per element of uvs: not 0 when the corner has none
+
+  // Once the corner is folded, which puts entries in the place of its colours too.
+  std::array<double, 3> normal;  // the entry of the normalised normal
+  bool isPlain = false;          // the same values have the same entries for ever
 };
 
 // The entry of a tag table that the last polygon used. Polygons mostly come in runs of one tag, and a host
@@ -62,9 +67,10 @@ struct MeshScanState {
   std::uint32_t triangleCount = 0;  // triangles seen, the triangle number
 
   PointFold wedgesOfPoint;
-  std::vector<std::array<double, 3>> hostNormals;  // one per wedge, as the host gave it
-  CornerValues corner;                             // of the corner that is being read
-  std::list<CornerValues> waiting;                 // for the place of a point, see wedges.h; mostly empty
+  std::vector<std::array<double, 3>> hostNormals;  // one per wedge, as the host gave it; NaN where it isn't plain
+  ValueEntries<double, 3> normalEntries;
+  CornerValues corner;              // of the corner that is being read
+  std::list<CornerValues> waiting;  // for the place of a point, see wedges.h; mostly empty
 
   // By their keys most corners are known without a look at their values; empty when keys can't tell that.
   std::vector<ZyMeshMapId> keyMaps;

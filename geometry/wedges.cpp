@@ -1,15 +1,20 @@
 #include "geometry/wedges.h"
 
-#include "geometry/value_table.h"
-
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <cstring>
+#include <limits>
+#include <map>
+#include <type_traits>
 
 namespace {
 
 // Corners of a mesh whose tables get room for a wedge each.
 constexpr std::size_t kSmallMesh = 64;
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr std::array<double, 3> kNoNormal = {kNaN, kNaN, kNaN};
 
 std::array<double, 3> Normalised(const std::array<double, 3>& v) {
   const double length = std::sqrt(v[0] * v[0] + v[1] * v[1] + v[2] * v[2]);
@@ -17,38 +22,71 @@ std::array<double, 3> Normalised(const std::array<double, 3>& v) {
   return {1, 0, 0};
 }
 
-bool HasNormal(const MeshScanState& scan, std::uint32_t wedge, const std::array<double, 3>& normal) {
+// Whether two values are one entry of a table: entries differ in their bits, and a NaN is a new one each time.
+template <class T, std::size_t N>
+bool IsSame(const std::array<T, N>& left, const std::array<T, N>& right) {
+  return left == right && std::memcmp(left.data(), right.data(), sizeof left) == 0;
+}
+
+// Gives the corner the entries of the mesh's tables for its normal and colours.
+void FindEntries(MeshScanState& scan, std::uint32_t place, CornerValues& corner) {
+  const GltfMesh& mesh = *scan.currentMesh;
   // Corners of a point mostly have the same normal from the host, which then isn't normalised again.
-  return scan.hostNormals[wedge] == normal || scan.currentMesh->normals[wedge] == Normalised(normal);
+  const std::uint32_t known = scan.wedgesOfPoint.FindListed(
+      place, [&](std::uint32_t wedge) { return IsSame(scan.hostNormals[wedge], corner.hostNormal); });
+  corner.isPlain = true;
+  if (known != PointFold::kNone) {
+    corner.normal = mesh.normals[known];
+  } else {
+    const std::array<double, 3> normal = Normalised(corner.hostNormal);
+    corner.normal = scan.normalEntries.EntryOf(normal, mesh.normals);
+    corner.isPlain = IsSame(corner.normal, normal);
+  }
+  for (std::size_t k = 0; k < scan.colorScans.size(); ++k) {
+    ColorScan& color = scan.colorScans[k];
+    const std::array<float, 4> value = corner.colors[k];
+    corner.colors[k] = color.entries.EntryOf(value, color.colorMap->data);
+    corner.isPlain &= IsSame(corner.colors[k], value);
+  }
 }
 
 bool IsWedge(const MeshScanState& scan, std::uint32_t wedge, const CornerValues& corner) {
-  if (!HasNormal(scan, wedge, corner.normal)) return false;
+  if (!IsSame(scan.currentMesh->normals[wedge], corner.normal)) return false;
   const std::array<float, 2>* value = corner.uvs.data();
   const std::uint8_t* missing = corner.missingUvs.data();
   for (const UvScan& uv : scan.uvScans)
     if (uv.uvMap->data[wedge] != *value++ || uv.missing[wedge] != *missing++) return false;
   const std::array<float, 4>* color = corner.colors.data();
   for (const ColorScan& known : scan.colorScans)
-    if (known.colorMap->data[wedge] != *color++) return false;
+    if (!IsSame(known.colorMap->data[wedge], *color++)) return false;
   return scan.tangentScans.empty() || scan.tangentScans[0].tangentMap->indices[wedge] == corner.tangent;
+}
+
+// Mixes numbers into a hash; -0.0 counts as 0.0, which it equals.
+template <class T, std::size_t N>
+void HashNumbers(std::uint64_t& hash, const std::array<T, N>& numbers) {
+  using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+  for (const T number : numbers) {
+    hash = (hash ^ std::bit_cast<Bits>(static_cast<T>(number + T(0)))) * 0x9E3779B97F4A7C15u;
+    hash ^= hash >> 32;
+  }
 }
 
 std::uint64_t HashOf(const CornerValues& corner) {
   std::uint64_t hash = corner.tangent;
-  HashNumbers(hash, Normalised(corner.normal));
+  HashNumbers(hash, corner.normal);
   for (const std::array<float, 2>& uv : corner.uvs) HashNumbers(hash, uv);
   for (const std::array<float, 4>& color : corner.colors) HashNumbers(hash, color);
   return hash;
 }
 
-// `keys` is the corner's row of keys, null for none.
+// `keys` is the corner's row of keys, null for none. What isn't plain has to be looked up each time.
 std::uint32_t AddWedge(MeshScanState& scan, std::uint32_t place, const CornerValues& corner,
                        const std::uint32_t* keys) {
   GltfMesh& mesh = *scan.currentMesh;
   mesh.positionIndex.push_back(place);
-  mesh.normals.push_back(Normalised(corner.normal));
-  scan.hostNormals.push_back(corner.normal);
+  mesh.normals.push_back(corner.normal);
+  scan.hostNormals.push_back(corner.isPlain ? corner.hostNormal : kNoNormal);
   for (std::size_t k = 0; k < scan.uvScans.size(); ++k) {
     scan.uvScans[k].uvMap->data.push_back(corner.uvs[k]);
     scan.uvScans[k].missing.push_back(corner.missingUvs[k]);
@@ -57,49 +95,34 @@ std::uint32_t AddWedge(MeshScanState& scan, std::uint32_t place, const CornerVal
     scan.colorScans[k].colorMap->data.push_back(corner.colors[k]);
   if (!scan.tangentScans.empty()) scan.tangentScans[0].tangentMap->indices.push_back(corner.tangent);
   for (std::size_t m = 0; m < scan.keyMaps.size(); ++m)
-    scan.keysOfWedge.push_back(keys ? keys[m] : IZyValueKeys::kNoKey);
+    scan.keysOfWedge.push_back(keys && corner.isPlain ? keys[m] : IZyValueKeys::kNoKey);
   return scan.wedgesOfPoint.Append(place, [&] { return HashOf(corner); });
 }
 
-std::uint32_t FoldCorner(MeshScanState& scan, std::uint32_t place, const CornerValues& corner,
+std::uint32_t FoldCorner(MeshScanState& scan, std::uint32_t place, CornerValues& corner,
                          const std::uint32_t* keys) {
+  FindEntries(scan, place, corner);
   const std::uint32_t wedge = scan.wedgesOfPoint.Find(
       place, [&](std::uint32_t known) { return IsWedge(scan, known, corner); }, [&] { return HashOf(corner); });
   return wedge == PointFold::kNone ? AddWedge(scan, place, corner, keys) : wedge;
 }
 
-template <class T, std::size_t N>
-bool HasZero(const std::array<T, N>& value) {
-  return std::any_of(value.begin(), value.end(), [](T number) { return number == 0; });
-}
-
-template <class T, std::size_t N>
-bool HasNegativeZero(const std::vector<std::array<T, N>>& values) {
-  return std::any_of(values.begin(), values.end(), [](const std::array<T, N>& value) {
-    return std::any_of(value.begin(), value.end(), [](T number) { return number == 0 && std::signbit(number); });
-  });
-}
-
-template <class T, std::size_t N>
-void UnifyZeros(std::vector<std::array<T, N>>& values) {
-  if (!HasNegativeZero(values)) return;
-  ValueTable<T, N> table;
-  std::vector<std::array<T, N>> distinct;
-  for (std::array<T, N>& value : values)
-    if (HasZero(value)) value = distinct[table.Fold(value, distinct)];
-}
-
-void UnifyZerosOfPoints(const GltfMesh& mesh, UvScan& uv) {
-  if (!HasNegativeZero(uv.uvMap->data)) return;
-  ValueTable<double, 3> table;  // holds point numbers and f32 values exactly
-  std::vector<std::array<double, 3>> distinct;
+// UVs of a point that are equal but for the sign of a zero take the signs of the one that came first.
+void UnifyZeros(const GltfMesh& mesh, UvScan& uv) {
+  std::map<std::array<std::uint32_t, 3>, std::array<float, 2>> firstByPoint;
   for (std::size_t wedge = 0; wedge < uv.uvMap->data.size(); ++wedge) {
-    if (uv.missing[wedge] != 0 || !HasZero(uv.uvMap->data[wedge])) continue;
-    auto& [u, v] = uv.uvMap->data[wedge];
-    const auto& first = distinct[table.Fold({static_cast<double>(mesh.positionIndex[wedge]), u, v}, distinct)];
-    u = static_cast<float>(first[1]);
-    v = static_cast<float>(first[2]);
+    std::array<float, 2>& value = uv.uvMap->data[wedge];
+    if (uv.missing[wedge] != 0 || (value[0] != 0 && value[1] != 0)) continue;
+    const auto bits = [](float number) { return std::bit_cast<std::uint32_t>(number + 0.0f); };  // of 0 for -0
+    value =
+        firstByPoint.try_emplace({mesh.positionIndex[wedge], bits(value[0]), bits(value[1])}, value).first->second;
   }
+}
+
+bool HasNegativeZero(const std::vector<std::array<float, 2>>& uvs) {
+  return std::any_of(uvs.begin(), uvs.end(), [](const std::array<float, 2>& uv) {
+    return (uv[0] == 0 && std::signbit(uv[0])) || (uv[1] == 0 && std::signbit(uv[1]));
+  });
 }
 
 }  // namespace
@@ -138,7 +161,6 @@ void AddCorner(MeshScanState& scan, std::uint32_t place, const std::uint32_t* ke
 }
 
 void FinishWedges(MeshScanState& scan) {
-  UnifyZeros(scan.currentMesh->normals);
-  for (ColorScan& color : scan.colorScans) UnifyZeros(color.colorMap->data);
-  for (UvScan& uv : scan.uvScans) UnifyZerosOfPoints(*scan.currentMesh, uv);
+  for (UvScan& uv : scan.uvScans)
+    if (HasNegativeZero(uv.uvMap->data)) UnifyZeros(*scan.currentMesh, uv);
 }

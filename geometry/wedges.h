@@ -29,6 +29,6 @@ inline bool AddKnownCorner(MeshScanState& scan, std::uint32_t place, const std::
   return true;
 }
 
-// After the last corner. Values that are equal but for the sign of a zero take the signs of the one that came
-// first: in the mesh for normals and colours, at the point for UVs.
+// After the last corner. UVs of a point that are equal but for the sign of a zero take the signs of the one that
+// came first.
 void FinishWedges(MeshScanState& scan);
