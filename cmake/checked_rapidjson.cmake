@@ -1,9 +1,11 @@
-# RapidJSON goes on with a null pointer where there is no memory. All that it takes comes by one short class, which gets
-# functions that throw std::bad_alloc here, in a copy that stands before the installed one.
+# A copy of RapidJSON with two faults mended, which stands before the installed one. It goes on with a null pointer where
+# there is no memory: all that it takes comes by one short class, which gets functions that throw std::bad_alloc. And it
+# reads a zero with a large negative exponent as some other number: the count of a zero's leading bits isn't defined.
 
 set(checked_rapidjson ${PROJECT_BINARY_DIR}/checked_rapidjson)
 find_path(rapidjson_headers rapidjson/allocators.h HINTS ${RapidJSON_INCLUDE_DIRS} ${RAPIDJSON_INCLUDE_DIRS} REQUIRED)
-file(COPY ${rapidjson_headers}/rapidjson DESTINATION ${checked_rapidjson} REGEX "/rapidjson/allocators\\.h$" EXCLUDE)
+file(COPY ${rapidjson_headers}/rapidjson DESTINATION ${checked_rapidjson} REGEX "/rapidjson/(allocators|internal/strtod)\\.h$" EXCLUDE)
+
 file(READ ${rapidjson_headers}/rapidjson/allocators.h allocators)
 if(NOT allocators MATCHES "return std::malloc\\(size\\);" OR NOT allocators MATCHES "return std::realloc\\(originalPtr, newSize\\);")
   message(FATAL_ERROR "This version of RapidJSON allocates elsewhere; see cmake/checked_rapidjson.cmake")
@@ -20,4 +22,12 @@ string(REPLACE "    static void Free(void *ptr) { std::free(ptr); }" "    static
     }" allocators "${allocators}")
 string(REPLACE "#include \"rapidjson.h\"" "#include \"rapidjson.h\"\n#include <new>" allocators "${allocators}")
 file(CONFIGURE OUTPUT ${checked_rapidjson}/rapidjson/allocators.h CONTENT "${allocators}" @ONLY)
+
+file(READ ${rapidjson_headers}/rapidjson/internal/strtod.h strtod)
+if(NOT strtod MATCHES "    // Trim right-most digits\n")
+  message(FATAL_ERROR "This version of RapidJSON reads numbers otherwise; see cmake/checked_rapidjson.cmake")
+endif()
+string(REPLACE "    // Trim right-most digits\n" "    if (*decimals == '0') return 0.0;\n\n    // Trim right-most digits\n" strtod "${strtod}")
+file(CONFIGURE OUTPUT ${checked_rapidjson}/rapidjson/internal/strtod.h CONTENT "${strtod}" @ONLY)
+
 target_include_directories(vornel_flags SYSTEM BEFORE INTERFACE ${checked_rapidjson})
