@@ -163,6 +163,8 @@ class PolygonAccessor final : public HostObject<IZyPolygon, IZyValueKeys> {
 
   zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
                         ZyPointId (&points)[3], std::uint32_t* keys) override {
+    // Values are asked for by the id, which gives those of another point here.
+    if (!points_.AreDistinct()) return ZYe_FAILED;
     std::uint32_t found[3], corners[3];
     if (!FindTriangle(triangle, found) || !FindCorners(found, corners)) return ZYe_FAILED;
     HandOut(found, points);

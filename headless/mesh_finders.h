@@ -27,6 +27,8 @@ class PointFinder {
     return lastPoint_;
   }
 
+  // Whether Find of a point's id gives that point.
+  bool AreDistinct() const { return !ids_ || store_.HasDistinctIds(); }
   ZyPointId IdOf(std::uint32_t point) const { return ids_ ? ids_[point] : ZyPointId{point} + 1; }
   std::uint32_t Count() const { return count_; }
 

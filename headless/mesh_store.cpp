@@ -27,15 +27,21 @@ MeshStore::MeshStore(std::shared_ptr<const MeshData> data, DemandCount* triangle
   }
 }
 
-std::uint32_t MeshStore::FindExplicitId(ZyPointId id) {
+const std::unordered_map<ZyPointId, std::uint32_t>& MeshStore::PointsById() {
   if (pointsById_.empty()) {
     pointsById_.reserve(data_->pointIds.size());
     std::uint32_t index = 0;
     for (const ZyPointId pointId : data_->pointIds) pointsById_.emplace(pointId, index++);
   }
-  const auto found = pointsById_.find(id);
+  return pointsById_;
+}
+
+std::uint32_t MeshStore::FindExplicitId(ZyPointId id) {
+  const auto found = PointsById().find(id);
   return found != pointsById_.end() ? found->second : kNone;
 }
+
+bool MeshStore::HasDistinctIds() { return PointsById().size() == data_->pointIds.size(); }
 
 const TriangleTable& MeshStore::Triangles() {
   if (!triangles_.starts) TriangulatePolygons();

@@ -38,6 +38,8 @@ class MeshStore {
 
   // The point that an explicit id belongs to, the first one when several carry it; kNone for an unknown id.
   std::uint32_t FindExplicitId(ZyPointId id);
+  // Whether each explicit id belongs to one point.
+  bool HasDistinctIds();
   // All triangles when they were recorded, else those of polygons of more than four corners alone.
   const TriangleTable& Triangles();
   // x, y, z per polygon corner; never null. What is calculated lasts as long as somebody holds it, so that a scene
@@ -45,6 +47,7 @@ class MeshStore {
   std::shared_ptr<const double> CornerNormals();
 
  private:
+  const std::unordered_map<ZyPointId, std::uint32_t>& PointsById();
   void TriangulatePolygons();
 
   std::shared_ptr<const MeshData> data_;

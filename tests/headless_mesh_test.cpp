@@ -250,6 +250,16 @@ TEST(MeshAccess, EqualKeysMeanEqualValues) {
   EXPECT_GT(CountSharedKeys(mesh), 0u);
   mesh.pointIds = std::vector<std::uint64_t>{9, 7, 30, 31, 8};
   EXPECT_GT(CountSharedKeys(mesh), 0u);
+  mesh.pointIds = std::vector<std::uint64_t>{9, 7, 30, 9, 8};
+  const OpenMesh open(mesh);
+  open.polygon.SelectByIndex(0);
+  CZyUser_ValueKeys keys;
+  keys.Set(open.polygon.Raw());
+  ZyPointId points[3];
+  std::uint32_t key = 0;
+  const ZyMeshMapId map = 1;
+  EXPECT_TRUE(ZyFailed(keys.TriangleKeys(0, &map, 1, points, &key)))
+      << "values are those of the first point of an id";
   // A second corner at a polygon's point is never asked for, so its value is that of the first.
   MeshData repeated = MeshOf({{0, 0, 0}, {1, 0, 0}, {1, 1, 0}}, {{0, 0, 1}, {1, 0, 0}, {2, 0, 2, 1}});
   repeated.maps = {{kMapWeight, "corners", 1, std::vector<float>{1, 2, 3, 4}, std::vector<std::uint32_t>{0, 1, 2},

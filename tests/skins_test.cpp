@@ -250,7 +250,8 @@ TEST(GroupSkin, ReadsWeightMaps) {
 }
 
 TEST(GraphSkin, TakesLinkedDeformers) {
-  SkinScene s(3, MakeMesh({WeightMap("left", {{0, 0.5F}, {2, 3}}), WeightMap("right", {{2, 1}})}));
+  SkinScene s(3, MakeMesh({WeightMap("left", {{0, 0.5F}, {2, 3}}), WeightMap("right", {{2, 1}}),
+                           WeightMap("", {{1, 1}})}));
   s.LinkDeformer("B", s.joints[1].item, "left");
   s.LinkDeformer("free", -1, "right");  // drives nothing
   s.LinkDeformer("A", s.joints[0].item, "right");
