@@ -13,7 +13,6 @@
 #include "saver/log_message.h"
 #include "saver/save_options.h"
 
-#include <deque>
 #include <memory>
 #include <string>
 #include <utility>
@@ -51,14 +50,15 @@ struct MatrixChannels {
   std::int32_t morphEnable = -1;                 // "enable" on a morphDeform item
 };
 
-// What one save gathers; CleanupFormat replaces the whole of it by a fresh one.
+// What one save gathers; CleanupFormat replaces the whole of it by a fresh one. No member allocates while it is
+// empty, so that this can't fail.
 struct SaveTables {
   std::vector<IZyItem*> rootItems;  // in order of discovery
   InsertionMap<IZyItem*, GltfNode*> nodesByItem;
   InsertionMap<IZyItem*, GltfMesh*> meshesByItem;
   std::vector<IZyItem*> deformGroups;
-  InsertionMap<std::string, Matrix4> setupMatricesByName;    // world matrices in the bind state
-  std::deque<std::pair<GltfNode*, CZyUser_Item>> nodeQueue;  // used as a stack: parent node, item
+  InsertionMap<std::string, Matrix4> setupMatricesByName;     // world matrices in the bind state
+  std::vector<std::pair<GltfNode*, CZyUser_Item>> nodeQueue;  // a stack: parent node, item
   InsertionMap<std::string, GltfMaterial*> polyTagMaterials;
   InsertionMap<std::string, IZyItem*> masksByPtag;  // enabled masks only
   InsertionMap<IZyItem*, TransformInfo> transformInfoByItem;
