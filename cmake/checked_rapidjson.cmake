@@ -1,6 +1,6 @@
 # A copy of RapidJSON with two faults mended, which stands before the installed one. It goes on with a null pointer where
 # there is no memory: all that it takes comes by one short class, which gets functions that throw std::bad_alloc. And it
-# reads a zero with a large negative exponent as some other number: the count of a zero's leading bits isn't defined.
+# reads a zero with a large exponent or many decimals as some other number: a zero's leading bits have no count.
 
 set(checked_rapidjson ${PROJECT_BINARY_DIR}/checked_rapidjson)
 find_path(rapidjson_headers rapidjson/allocators.h HINTS ${RapidJSON_INCLUDE_DIRS} ${RAPIDJSON_INCLUDE_DIRS} REQUIRED)

@@ -1,7 +1,5 @@
 #include "geometry/corner_values.h"
 
-#include <utility>
-
 namespace {
 
 // False when the corner has no value, which then is zeros.
@@ -44,7 +42,7 @@ void ReadNormal(const MeshScanState& scan, ZyPolygonId polygon, ZyPointId point,
 
 void ReadCornerValues(MeshScanState& scan, ZyPolygonId polygon, ZyPointId point) {
   // Most polygons have only corners that are known by their keys.
-  if (!std::exchange(scan.isSelected, true)) scan.polygonAccessor.SelectById(polygon);
+  if (!scan.isSelected) scan.isSelected = ZySucceeded(scan.polygonAccessor.SelectById(polygon));
   CornerValues& corner = scan.corner;
   // Four floats for an RGB map too: its alpha comes out as 0.
   for (std::size_t k = 0; k < scan.colorScans.size(); ++k)

@@ -69,7 +69,7 @@ void ScanTriangle(MeshScanState& scan, ZyPolygonId polygon, std::uint32_t triang
     const std::uint32_t* const keys = hasKeys ? &scan.keys[c * scan.keyMaps.size()] : nullptr;
     if (keys && AddKnownCorner(scan, place, keys)) continue;
     ReadCornerValues(scan, polygon, points[c]);
-    AddCorner(scan, place, keys);
+    AddCorner(scan, place, scan.isSelected ? keys : nullptr);  // else the values may be another polygon's
   }
 }
 

@@ -5,10 +5,12 @@
 #include "geometry/point_fold.h"
 #include "geometry/point_index_table.h"
 #include "geometry/tangent_table.h"
+#include "geometry/value_table.h"
 #include "host/user_mesh.h"
 
 #include <cstdint>
 #include <list>
+#include <optional>
 #include <vector>
 
 struct UvScan {
@@ -20,7 +22,7 @@ struct UvScan {
 struct ColorScan {
   GltfColorMap* colorMap = nullptr;
   ZyMeshMapId mapId = 0;
-  ValueEntries<float, 4> entries = {};
+  std::optional<ValueTable<float, 4>> table = {};  // made for the first negative zero: no other value needs it
 };
 
 struct TangentScan {
@@ -30,15 +32,15 @@ struct TangentScan {
 
 // What the host says of one corner; colours and UVs have an element per scan of their kind.
 struct CornerValues {
-  std::array<double, 3> hostNormal;  // not normalised
-  std::uint32_t tangent = 0;         // index in the first tangent map
+  std::array<double, 3> hostNormal = {};  // not normalised
+  std::uint32_t tangent = 0;              // index in the first tangent map
   std::vector<std::array<float, 4>> colors;
   std::vector<std::array<float, 2>> uvs;  // zeros when missing
   std::vector<std::uint8_t> missingUvs;   // per element of uvs: not 0 when the corner has none
 
-  // Once the corner is folded, which puts entries in the place of its colours too.
-  std::array<double, 3> normal;  // the entry of the normalised normal
-  bool isPlain = false;          // the same values have the same entries for ever
+  // Known once the corner is folded, which puts entries in the place of its colours too.
+  std::array<double, 3> normal = {};  // the entry of the normalised normal
+  bool isAlias = false;               // an entry may differ from its value in signs of zeros
 };
 
 // The entry of a tag table that the last polygon used. Polygons mostly come in runs of one tag, and a host
@@ -56,7 +58,7 @@ struct MeshScanState {
   CZyUser_Polygon currentPolygon;   // walks along with the frame's scan
   CZyUser_ValueKeys valueKeys;      // of currentPolygon, when the host has them
   CZyUser_Polygon polygonAccessor;  // for the values of corners
-  bool isSelected = false;          // polygonAccessor stands on the current polygon
+  bool isSelected = false;          // polygonAccessor is known to stand on the current polygon
   CZyUser_Point pointAccessor;
   std::vector<UvScan> uvScans;
   std::vector<ColorScan> colorScans;
@@ -67,10 +69,12 @@ struct MeshScanState {
   std::uint32_t triangleCount = 0;  // triangles seen, the triangle number
 
   PointFold wedgesOfPoint;
-  std::vector<std::array<double, 3>> hostNormals;  // one per wedge, as the host gave it; NaN where it isn't plain
-  ValueEntries<double, 3> normalEntries;
-  CornerValues corner;              // of the corner that is being read
-  std::list<CornerValues> waiting;  // for the place of a point, see wedges.h; mostly empty
+  std::vector<std::array<double, 3>> hostNormals;    // one per wedge, as the host gave it; NaNs when forgotten
+  std::optional<ValueTable<double, 3>> normalTable;  // as ColorScan::table
+  std::vector<std::uint32_t> aliases;                // wedges of such corners since a table has grown
+  std::uint64_t bucketCount = 0;                     // of all tables then
+  CornerValues corner;                               // of the corner that is being read
+  std::list<CornerValues> waiting;                   // for the place of a point, see wedges.h; mostly empty
 
   // By their keys most corners are known without a look at their values; empty when keys can't tell that.
   std::vector<ZyMeshMapId> keyMaps;

@@ -5,23 +5,27 @@
 //   that an earlier mesh entered yields the index it had there.
 #pragma once
 
-#include "geometry/value_table.h"
+#include <array>
+#include <cstdint>
+#include <vector>
 
 using TangentBasis = std::array<float, 6>;  // tangent x, y, z, bitangent x, y, z
 
 class TangentTable {
  public:
   // The index of the basis; one that isn't in the table is appended to `data` and gets its place there.
-  std::uint32_t Fold(const TangentBasis& basis, std::vector<TangentBasis>& data) {
-    const std::uint32_t entry = table_.Fold(basis);
-    if (entry == indices_.size()) {
-      indices_.push_back(static_cast<std::uint32_t>(data.size()));
-      data.push_back(basis);
-    }
-    return indices_[entry];
-  }
+  std::uint32_t Fold(const TangentBasis& basis, std::vector<TangentBasis>& data);
 
  private:
-  ValueTable<float, 6, 4> table_;
-  std::vector<std::uint32_t> indices_;  // per entry: its place in the data of the mesh that entered it
+  struct Entry {
+    TangentBasis basis;
+    std::uint64_t hash;
+    std::uint32_t index;
+  };
+
+  void Grow();
+
+  // A power of two of buckets, at most one entry per bucket on average.
+  std::vector<std::vector<Entry>> buckets_ = std::vector<std::vector<Entry>>(8);
+  std::size_t size_ = 0;
 };

@@ -1,36 +1,58 @@
-// The tables of distinct values that corners refer to. That they hash bytes but compare numbers is a settled
-// property of the output: 0.0 and -0.0 are one entry while they share a bucket, mostly up to 64 entries, and two
-// from then on.
+// The table of distinct values that the corners of a mesh refer to. Its oddity is a settled property of the
+// output: it compares numbers, by which 0.0 and -0.0 are equal, but within a bucket, for which it hashes bytes. So
+// zeros of both signs are one entry in a table of up to 64 entries, and from then on two, but for some that differ
+// in two signs.
 #pragma once
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
-#include <optional>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
-// Folds values of N numbers, of which the first `Compared` tell them apart. Numbers compare with ==, without any
-// tolerance; a NaN equals nothing.
-template <class T, std::size_t N, std::size_t Compared = N>
+template <class T, std::size_t N>
+bool HasNegativeZero(const std::array<T, N>& numbers) {
+  return std::any_of(numbers.begin(), numbers.end(), [](T number) { return number == 0 && std::signbit(number); });
+}
+
+// Mixes numbers into a hash; -0.0 counts as 0.0, which it equals.
+template <class T, std::size_t N>
+void HashNumbers(std::uint64_t& hash, const std::array<T, N>& numbers) {
+  using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+  for (const T number : numbers) {
+    hash = (hash ^ std::bit_cast<Bits>(static_cast<T>(number + T(0)))) * 0x9E3779B97F4A7C15u;
+    hash ^= hash >> 32;
+  }
+}
+
+// Entries are found by what they equal, and only then by their bucket: there are few signs of zeros to choose
+// from, while a bucket may hold any number of values, those of a hostile file for instance.
+template <class T, std::size_t N>
 class ValueTable {
  public:
   using Value = std::array<T, N>;
 
-  // The number of the value's entry; entries count from 0 in the order in which they were entered.
-  std::uint32_t Fold(const Value& value) {
+  // The value of the entry for a value, which is entered when there is none. A NaN is a new entry each time.
+  Value Fold(const Value& value) {
+    if (value != value) return CountEntry(), value;
+    if (entries_.size() * 2 >= slots_.size()) Resize(std::max<std::size_t>(64, 2 * slots_.size()));
     const std::uint64_t hash = HashBytes(value);
-    for (std::uint32_t entry = heads_[BucketOf(hash)]; entry != kNone; entry = entries_[entry].next)
-      if (std::equal(value.begin(), value.begin() + Compared, entries_[entry].value.begin())) return entry;
-    if (entries_.size() == heads_.size()) Grow();
-    entries_.push_back({value, hash, kNone});
-    Link(Size() - 1);
-    return Size() - 1;
+    std::uint32_t& first = slots_[SlotOf(value)];
+    for (std::uint32_t entry = first; entry != kNone; entry = entries_[entry].next)
+      if (((entries_[entry].hash ^ hash) & (buckets_ - 1)) == 0) return entries_[entry].value;
+    CountEntry();
+    entries_.push_back({value, hash, first});
+    first = static_cast<std::uint32_t>(entries_.size() - 1);
+    return value;
   }
 
-  const Value& operator[](std::uint32_t entry) const { return entries_[entry].value; }
-  std::uint32_t Size() const { return static_cast<std::uint32_t>(entries_.size()); }
+  void Reserve(std::size_t entries) { entries_.reserve(entries); }
+  // Changes when an entry may stand for other values than before.
+  std::uint64_t BucketCount() const { return buckets_; }
 
  private:
   static constexpr std::uint32_t kNone = 0xFFFFFFFFu;
@@ -38,7 +60,7 @@ class ValueTable {
   struct Entry {
     Value value;
     std::uint64_t hash;
-    std::uint32_t next;  // in its bucket
+    std::uint32_t next;  // the one that equals it and was entered before
   };
 
   // FNV-1 with the constants of its 32-bit form on a 64-bit state.
@@ -50,44 +72,28 @@ class ValueTable {
     return hash;
   }
 
-  std::size_t BucketOf(std::uint64_t hash) const { return hash & (heads_.size() - 1); }
-
-  void Link(std::uint32_t entry) {
-    std::uint32_t& head = heads_[BucketOf(entries_[entry].hash)];
-    entries_[entry].next = head;
-    head = entry;
+  // A bucket for each entry at least.
+  void CountEntry() {
+    if (++count_ > buckets_) buckets_ *= buckets_ < 512 ? 8 : 2;
   }
 
-  void Grow() {
-    heads_.assign(heads_.size() * (heads_.size() < 512 ? 8 : 2), kNone);
-    for (std::uint32_t entry = 0; entry < Size(); ++entry) Link(entry);
+  // The slot of the entries that equal the value, or the one for them.
+  std::size_t SlotOf(const Value& value) const {
+    std::uint64_t hash = 0;
+    HashNumbers(hash, value);
+    std::size_t slot = hash & (slots_.size() - 1);
+    while (slots_[slot] != kNone && entries_[slots_[slot]].value != value) slot = (slot + 1) & (slots_.size() - 1);
+    return slot;
   }
 
-  std::vector<std::uint32_t> heads_ = std::vector<std::uint32_t>(8, kNone);  // a power of two; first entries
-  std::vector<Entry> entries_;                                               // at most one per bucket on average
-};
-
-// What the values of corners are in such a table. Without a negative zero each value is its own entry, so that
-// meshes that have none cost no table.
-template <class T, std::size_t N>
-class ValueEntries {
- public:
-  using Value = std::array<T, N>;
-
-  // The entry that the next corner refers to. `known` are those of the corners before it.
-  Value EntryOf(const Value& value, const std::vector<Value>& known) {
-    if (!table_) {
-      if (!HasNegativeZero(value)) return value;
-      table_.emplace();
-      for (const Value& entry : known) table_->Fold(entry);
-    }
-    return (*table_)[table_->Fold(value)];
+  void Resize(std::size_t slots) {
+    const std::vector<std::uint32_t> old = std::exchange(slots_, std::vector<std::uint32_t>(slots, kNone));
+    for (const std::uint32_t first : old)
+      if (first != kNone) slots_[SlotOf(entries_[first].value)] = first;
   }
 
- private:
-  static bool HasNegativeZero(const Value& value) {
-    return std::any_of(value.begin(), value.end(), [](T number) { return number == 0 && std::signbit(number); });
-  }
-
-  std::optional<ValueTable<T, N>> table_;
+  std::vector<Entry> entries_;
+  std::vector<std::uint32_t> slots_;  // open addressing; a power of two of them, at most half full
+  std::uint64_t count_ = 0;           // of entries, NaNs included
+  std::uint64_t buckets_ = 8;
 };

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <map>
-#include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -28,26 +28,56 @@ bool IsSame(const std::array<T, N>& left, const std::array<T, N>& right) {
   return left == right && std::memcmp(left.data(), right.data(), sizeof left) == 0;
 }
 
+// The entry for a value that a corner refers to next. `known` are the entries of the corners before it.
+template <class T, std::size_t N>
+std::array<T, N> EntryOf(std::optional<ValueTable<T, N>>& table, const std::array<T, N>& value,
+                         const std::vector<std::array<T, N>>& known) {
+  if (!table) {
+    if (!HasNegativeZero(value)) return value;
+    table.emplace();
+    table->Reserve(known.size());
+    for (const std::array<T, N>& entry : known) table->Fold(entry);
+  }
+  return table->Fold(value);
+}
+
+void Forget(MeshScanState& scan, std::uint32_t wedge) {
+  scan.hostNormals[wedge] = kNoNormal;
+  const std::size_t count = scan.keyMaps.size();
+  std::fill_n(scan.keysOfWedge.begin() + static_cast<std::ptrdiff_t>(wedge * count), count, IZyValueKeys::kNoKey);
+}
+
+// Once a table has grown, what was another's alias may have an entry of its own: neither the host's normals nor
+// keys tell its wedge any longer.
+void ForgetAliases(MeshScanState& scan) {
+  std::uint64_t buckets = scan.normalTable ? scan.normalTable->BucketCount() : 0;
+  for (const ColorScan& color : scan.colorScans) buckets += color.table ? color.table->BucketCount() : 0;
+  if (std::exchange(scan.bucketCount, buckets) == buckets) return;
+  for (const std::uint32_t wedge : scan.aliases) Forget(scan, wedge);
+  scan.aliases.clear();
+}
+
 // Gives the corner the entries of the mesh's tables for its normal and colours.
 void FindEntries(MeshScanState& scan, std::uint32_t place, CornerValues& corner) {
   const GltfMesh& mesh = *scan.currentMesh;
   // Corners of a point mostly have the same normal from the host, which then isn't normalised again.
   const std::uint32_t known = scan.wedgesOfPoint.FindListed(
       place, [&](std::uint32_t wedge) { return IsSame(scan.hostNormals[wedge], corner.hostNormal); });
-  corner.isPlain = true;
   if (known != PointFold::kNone) {
     corner.normal = mesh.normals[known];
+    corner.isAlias = !scan.aliases.empty();
   } else {
     const std::array<double, 3> normal = Normalised(corner.hostNormal);
-    corner.normal = scan.normalEntries.EntryOf(normal, mesh.normals);
-    corner.isPlain = IsSame(corner.normal, normal);
+    corner.normal = EntryOf(scan.normalTable, normal, mesh.normals);
+    corner.isAlias = !IsSame(corner.normal, normal);
   }
   for (std::size_t k = 0; k < scan.colorScans.size(); ++k) {
     ColorScan& color = scan.colorScans[k];
     const std::array<float, 4> value = corner.colors[k];
-    corner.colors[k] = color.entries.EntryOf(value, color.colorMap->data);
-    corner.isPlain &= IsSame(corner.colors[k], value);
+    corner.colors[k] = EntryOf(color.table, value, color.colorMap->data);
+    corner.isAlias |= !IsSame(corner.colors[k], value);
   }
+  ForgetAliases(scan);
 }
 
 bool IsWedge(const MeshScanState& scan, std::uint32_t wedge, const CornerValues& corner) {
@@ -62,16 +92,6 @@ bool IsWedge(const MeshScanState& scan, std::uint32_t wedge, const CornerValues&
   return scan.tangentScans.empty() || scan.tangentScans[0].tangentMap->indices[wedge] == corner.tangent;
 }
 
-// Mixes numbers into a hash; -0.0 counts as 0.0, which it equals.
-template <class T, std::size_t N>
-void HashNumbers(std::uint64_t& hash, const std::array<T, N>& numbers) {
-  using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
-  for (const T number : numbers) {
-    hash = (hash ^ std::bit_cast<Bits>(static_cast<T>(number + T(0)))) * 0x9E3779B97F4A7C15u;
-    hash ^= hash >> 32;
-  }
-}
-
 std::uint64_t HashOf(const CornerValues& corner) {
   std::uint64_t hash = corner.tangent;
   HashNumbers(hash, corner.normal);
@@ -80,13 +100,13 @@ std::uint64_t HashOf(const CornerValues& corner) {
   return hash;
 }
 
-// `keys` is the corner's row of keys, null for none. What isn't plain has to be looked up each time.
+// `keys` is the corner's row of keys, null for none.
 std::uint32_t AddWedge(MeshScanState& scan, std::uint32_t place, const CornerValues& corner,
                        const std::uint32_t* keys) {
   GltfMesh& mesh = *scan.currentMesh;
   mesh.positionIndex.push_back(place);
   mesh.normals.push_back(corner.normal);
-  scan.hostNormals.push_back(corner.isPlain ? corner.hostNormal : kNoNormal);
+  scan.hostNormals.push_back(corner.hostNormal);
   for (std::size_t k = 0; k < scan.uvScans.size(); ++k) {
     scan.uvScans[k].uvMap->data.push_back(corner.uvs[k]);
     scan.uvScans[k].missing.push_back(corner.missingUvs[k]);
@@ -95,8 +115,10 @@ std::uint32_t AddWedge(MeshScanState& scan, std::uint32_t place, const CornerVal
     scan.colorScans[k].colorMap->data.push_back(corner.colors[k]);
   if (!scan.tangentScans.empty()) scan.tangentScans[0].tangentMap->indices.push_back(corner.tangent);
   for (std::size_t m = 0; m < scan.keyMaps.size(); ++m)
-    scan.keysOfWedge.push_back(keys && corner.isPlain ? keys[m] : IZyValueKeys::kNoKey);
-  return scan.wedgesOfPoint.Append(place, [&] { return HashOf(corner); });
+    scan.keysOfWedge.push_back(keys ? keys[m] : IZyValueKeys::kNoKey);
+  const std::uint32_t wedge = scan.wedgesOfPoint.Append(place, [&] { return HashOf(corner); });
+  if (corner.isAlias) scan.aliases.push_back(wedge);
+  return wedge;
 }
 
 std::uint32_t FoldCorner(MeshScanState& scan, std::uint32_t place, CornerValues& corner,
@@ -117,12 +139,6 @@ void UnifyZeros(const GltfMesh& mesh, UvScan& uv) {
     value =
         firstByPoint.try_emplace({mesh.positionIndex[wedge], bits(value[0]), bits(value[1])}, value).first->second;
   }
-}
-
-bool HasNegativeZero(const std::vector<std::array<float, 2>>& uvs) {
-  return std::any_of(uvs.begin(), uvs.end(), [](const std::array<float, 2>& uv) {
-    return (uv[0] == 0 && std::signbit(uv[0])) || (uv[1] == 0 && std::signbit(uv[1]));
-  });
 }
 
 }  // namespace
@@ -161,6 +177,8 @@ void AddCorner(MeshScanState& scan, std::uint32_t place, const std::uint32_t* ke
 }
 
 void FinishWedges(MeshScanState& scan) {
-  for (UvScan& uv : scan.uvScans)
-    if (HasNegativeZero(uv.uvMap->data)) UnifyZeros(*scan.currentMesh, uv);
+  for (UvScan& uv : scan.uvScans) {
+    const std::vector<std::array<float, 2>>& data = uv.uvMap->data;
+    if (std::any_of(data.begin(), data.end(), HasNegativeZero<float, 2>)) UnifyZeros(*scan.currentMesh, uv);
+  }
 }

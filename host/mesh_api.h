@@ -60,9 +60,9 @@ struct IZyValueKeys : IZyObject {
 
   // The points of a triangle of the current polygon, as IZyPolygon::TriangleByIndex gives them, with keys of the
   // values that maps have there: keys[c * count + m] is that of maps[m] at points[c]. Where a map has the same key
-  // at two corners of one point, IZyPolygon::MapEvaluate has the same result at both and writes the same floats,
-  // bit for bit, and MapValue of the polygon or of the point finds a value at both or at none. kNoKey says nothing
-  // of the corner. On failure nothing is written.
+  // at two corners of one point, IZyPolygon::MapEvaluate writes the same floats at both, bit for bit, and MapValue
+  // of the polygon or of the point finds a value. kNoKey says nothing of the corner; one without a value has no
+  // other. On failure nothing is written.
   virtual zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
                                 ZyPointId (&points)[3], std::uint32_t* keys) = 0;
 

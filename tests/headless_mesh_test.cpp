@@ -233,6 +233,8 @@ std::size_t CountSharedKeys(const MeshData& data) {
           const std::vector<float> answers = AnswersAt(open, maps[m], points[c]);
           const auto entry = known.try_emplace({m, points[c], found[4 * c + m]}, answers);
           shared += entry.second ? 0 : 1;
+          EXPECT_EQ(answers[6], static_cast<float>(ZYe_OK));
+          EXPECT_EQ(answers[7], 1);
           EXPECT_EQ(entry.first->second, answers) << "polygon " << polygon << ", map " << m << ", corner " << c;
         }
     }

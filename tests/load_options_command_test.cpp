@@ -202,7 +202,7 @@ TEST_F(LoadOptionsCommand, ADamagedConfigurationIsKeptAside) {
 
 TEST_F(LoadOptionsCommand, AWrongTypeCostsOneValueAndNothingElseIsLost) {
   WriteConfig(
-      R"({"theirs": {"a": [1, null, 2.5], "b": [7, 0e-254]}, "gltfLoader": {"other": 1, "gltfLoadOptions": {"LoadOptions":
+      R"({"theirs": {"a": [1, null, 2.5], "b": [7, 0e-254, 0e38, -0.00000000000000000000000]}, "gltfLoader": {"other": 1, "gltfLoadOptions": {"LoadOptions":
       {"importUnits": "cm", "loadLights": false, "globalScalingFactor": 7, "loadCameras": 1.5, "mine": "x"}}}})");
   std::vector<std::string> expected = kFirstRun;
   expected[12] = "loadLights=false";
@@ -216,8 +216,8 @@ TEST_F(LoadOptionsCommand, AWrongTypeCostsOneValueAndNothingElseIsLost) {
   EXPECT_EQ(Shown(), expected);
   EXPECT_THAT(Run({}).errors, IsEmpty()) << "it was replaced";
   const std::string text = ReadWholeFile(Config());
-  for (const char* part : {"\"theirs\": {", "null,", "2.5", "7,\n      0.0\n", "\"other\": 1,",
-                           "\"mine\": \"x\",\n        \"mergeWithExistingItems\": 0,"})
+  for (const char* part : {"\"theirs\": {", "null,", "2.5", "7,\n      0.0,\n      0.0,\n      -0.0\n",
+                           "\"other\": 1,", "\"mine\": \"x\",\n        \"mergeWithExistingItems\": 0,"})
     EXPECT_THAT(text, HasSubstr(part));
 
   for (const char* tree :

@@ -35,14 +35,11 @@ class RandomMesh {
     AddPolygons(mesh, points, 1 + Below(60));
     mesh.material.texts = {"Red", "Green", "Blue"};
     mesh.material.perPolygon = Indices(mesh.PolygonCount(), 3);
-    const std::size_t corners = mesh.polygonPoints.size();
     for (const auto& [type, dimension] :
          {std::pair{kMapUv, 2u}, {kMapRgba, 4u}, {kMapNormal, 3u}, {kMapUv, 2u}, {kMapRgb, 3u}})
-      if (Below(3) != 0)
-        mesh.maps.push_back(MakeMap(type, "map" + std::to_string(mesh.maps.size()), Floats(5 * dimension),
-                                    Indices(points, 5), Indices(corners, 5)));
+      if (Below(3) != 0) AddMap(mesh, type, dimension, Below(4) == 0 ? 200 : 5);
     std::vector<double> normals;
-    for (std::size_t i = 0; i < 3 * corners; ++i) normals.push_back(static_cast<int>(Below(3)) - 1);
+    for (std::size_t i = 0; i < 3 * mesh.polygonPoints.size(); ++i) normals.push_back(Number(4, 2));
     mesh.cornerNormals = std::move(normals);
     return mesh;
   }
@@ -50,11 +47,23 @@ class RandomMesh {
  private:
   std::uint32_t Below(std::uint32_t bound) { return choice_(bound); }
 
+  // Zeros of both signs among them.
+  float Number(std::uint32_t count, int middle) {
+    const int number = static_cast<int>(Below(count)) - middle;
+    return number == -middle ? -0.0F : static_cast<float>(number);
+  }
+
   std::vector<float> Floats(std::size_t count) {
     std::vector<float> values;
-    for (std::size_t i = 0; i < count; ++i)
-      values.push_back(static_cast<float>(static_cast<int>(Below(17)) - 8) / 4);
+    for (std::size_t i = 0; i < count; ++i) values.push_back(Number(18, 9) / 4);
     return values;
+  }
+
+  void AddMap(headless::MeshData& mesh, std::uint32_t type, std::uint32_t dimension, std::uint32_t values) {
+    std::vector<float> numbers = Floats(std::size_t{values} * dimension);
+    std::vector<std::uint32_t> ofPoints = Indices(mesh.PointCount(), values);
+    mesh.maps.push_back(MakeMap(type, "map" + std::to_string(mesh.maps.size()), std::move(numbers),
+                                std::move(ofPoints), Indices(mesh.polygonPoints.size(), values)));
   }
 
   // A quarter are gaps.
