@@ -14,6 +14,9 @@
 #include <utility>
 #include <vector>
 
+template <class T>
+using BitsOf = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+
 template <class T, std::size_t N>
 bool HasNegativeZero(const std::array<T, N>& numbers) {
   return std::any_of(numbers.begin(), numbers.end(), [](T number) { return number == 0 && std::signbit(number); });
@@ -22,9 +25,8 @@ bool HasNegativeZero(const std::array<T, N>& numbers) {
 // Mixes numbers into a hash; -0.0 counts as 0.0, which it equals.
 template <class T, std::size_t N>
 void HashNumbers(std::uint64_t& hash, const std::array<T, N>& numbers) {
-  using Bits = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
   for (const T number : numbers) {
-    hash = (hash ^ std::bit_cast<Bits>(static_cast<T>(number + T(0)))) * 0x9E3779B97F4A7C15u;
+    hash = (hash ^ std::bit_cast<BitsOf<T>>(static_cast<T>(number + T(0)))) * 0x9E3779B97F4A7C15u;
     hash ^= hash >> 32;
   }
 }
@@ -38,7 +40,10 @@ class ValueTable {
 
   // The value of the entry for a value, which is entered when there is none. A NaN is a new entry each time.
   Value Fold(const Value& value) {
-    if (value != value) return CountEntry(), value;
+    if (std::any_of(value.begin(), value.end(), [](T number) { return std::isnan(number); })) {
+      CountEntry();
+      return value;
+    }
     if (entries_.size() * 2 >= slots_.size()) Resize(std::max<std::size_t>(64, 2 * slots_.size()));
     const std::uint64_t hash = HashBytes(value);
     std::uint32_t& first = slots_[SlotOf(value)];

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <map>
 #include <utility>
@@ -25,7 +24,8 @@ std::array<double, 3> Normalised(const std::array<double, 3>& v) {
 // Whether two values are one entry of a table: entries differ in their bits, and a NaN is a new one each time.
 template <class T, std::size_t N>
 bool IsSame(const std::array<T, N>& left, const std::array<T, N>& right) {
-  return left == right && std::memcmp(left.data(), right.data(), sizeof left) == 0;
+  using Bits = std::array<BitsOf<T>, N>;
+  return left == right && std::bit_cast<Bits>(left) == std::bit_cast<Bits>(right);
 }
 
 // The entry for a value that a corner refers to next. `known` are the entries of the corners before it.
