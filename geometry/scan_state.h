@@ -10,7 +10,6 @@
 
 #include <cstdint>
 #include <list>
-#include <optional>
 #include <vector>
 
 struct UvScan {
@@ -22,7 +21,7 @@ struct UvScan {
 struct ColorScan {
   GltfColorMap* colorMap = nullptr;
   ZyMeshMapId mapId = 0;
-  std::optional<ValueTable<float, 4>> table = {};  // made for the first negative zero: no other value needs it
+  ValueEntries<float, 4> entries = {};
 };
 
 struct TangentScan {
@@ -69,12 +68,12 @@ struct MeshScanState {
   std::uint32_t triangleCount = 0;  // triangles seen, the triangle number
 
   PointFold wedgesOfPoint;
-  std::vector<std::array<double, 3>> hostNormals;    // one per wedge, as the host gave it; NaNs when forgotten
-  std::optional<ValueTable<double, 3>> normalTable;  // as ColorScan::table
-  std::vector<std::uint32_t> aliases;                // wedges of such corners since a table has grown
-  std::uint64_t bucketCount = 0;                     // of all tables then
-  CornerValues corner;                               // of the corner that is being read
-  std::list<CornerValues> waiting;                   // for the place of a point, see wedges.h; mostly empty
+  std::vector<std::array<double, 3>> hostNormals;  // one per wedge, as the host gave it; NaNs when forgotten
+  ValueEntries<double, 3> normalEntries;
+  std::vector<std::uint32_t> aliases;  // wedges of such corners since a table has grown
+  std::uint64_t bucketCount = 0;       // of all tables then
+  CornerValues corner;                 // of the corner that is being read
+  std::list<CornerValues> waiting;     // for the place of a point, see wedges.h; mostly empty
 
   // By their keys most corners are known without a look at their values; empty when keys can't tell that.
   std::vector<ZyMeshMapId> keyMaps;

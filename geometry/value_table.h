@@ -10,12 +10,18 @@
 #include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <optional>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 template <class T>
 using BitsOf = std::conditional_t<sizeof(T) == 8, std::uint64_t, std::uint32_t>;
+
+template <class T, std::size_t N>
+bool HasZero(const std::array<T, N>& numbers) {
+  return std::any_of(numbers.begin(), numbers.end(), [](T number) { return number == 0; });
+}
 
 template <class T, std::size_t N>
 bool HasNegativeZero(const std::array<T, N>& numbers) {
@@ -55,8 +61,12 @@ class ValueTable {
     return value;
   }
 
-  void Reserve(std::size_t entries) { entries_.reserve(entries); }
-  // Changes when an entry may stand for other values than before.
+  // An entry that equals the value, whatever its signs of zeros; null without one.
+  const Value* FindEqual(const Value& value) const {
+    const std::uint32_t entry = slots_.empty() ? kNone : slots_[SlotOf(value)];
+    return entry == kNone ? nullptr : &entries_[entry].value;
+  }
+
   std::uint64_t BucketCount() const { return buckets_; }
 
  private:
@@ -101,4 +111,44 @@ class ValueTable {
   std::vector<std::uint32_t> slots_;  // open addressing; a power of two of them, at most half full
   std::uint64_t count_ = 0;           // of entries, NaNs included
   std::uint64_t buckets_ = 8;
+};
+
+// Whether two values are one entry of a table: entries differ in their bits, and a NaN is a new one each time.
+template <class T, std::size_t N>
+bool IsSame(const std::array<T, N>& left, const std::array<T, N>& right) {
+  using Bits = std::array<BitsOf<T>, N>;
+  return left == right && std::bit_cast<Bits>(left) == std::bit_cast<Bits>(right);
+}
+
+// The entries for the values of a mesh's corners. Each value is its own as long as no two differ in signs of zeros
+// alone, so most meshes cost no table, or one of the few values that hold a zero.
+template <class T, std::size_t N>
+class ValueEntries {
+ public:
+  using Value = std::array<T, N>;
+
+  // The entry for the next corner. `known` are those of the corners before it.
+  Value Take(const Value& value, const std::vector<Value>& known) {
+    if (all_) return all_->Fold(value);
+    if (!zeros_ && !HasNegativeZero(value)) return value;
+    if (!HasZero(value)) return value;
+    if (!zeros_) {
+      zeros_.emplace();
+      for (const Value& entry : known)
+        if (HasZero(entry)) zeros_->Fold(entry);
+    }
+    const Value* const equal = zeros_->FindEqual(value);
+    if (!equal) return zeros_->Fold(value);
+    if (IsSame(*equal, value)) return value;
+    all_.emplace();
+    for (const Value& entry : known) all_->Fold(entry);
+    return all_->Fold(value);
+  }
+
+  // Changes when an entry may stand for other values than before.
+  std::uint64_t BucketCount() const { return all_ ? all_->BucketCount() : 0; }
+
+ private:
+  std::optional<ValueTable<T, N>> zeros_;  // made for the first negative zero
+  std::optional<ValueTable<T, N>> all_;    // made for the first value that equals an entry with other signs
 };

@@ -21,26 +21,6 @@ std::array<double, 3> Normalised(const std::array<double, 3>& v) {
   return {1, 0, 0};
 }
 
-// Whether two values are one entry of a table: entries differ in their bits, and a NaN is a new one each time.
-template <class T, std::size_t N>
-bool IsSame(const std::array<T, N>& left, const std::array<T, N>& right) {
-  using Bits = std::array<BitsOf<T>, N>;
-  return left == right && std::bit_cast<Bits>(left) == std::bit_cast<Bits>(right);
-}
-
-// The entry for a value that a corner refers to next. `known` are the entries of the corners before it.
-template <class T, std::size_t N>
-std::array<T, N> EntryOf(std::optional<ValueTable<T, N>>& table, const std::array<T, N>& value,
-                         const std::vector<std::array<T, N>>& known) {
-  if (!table) {
-    if (!HasNegativeZero(value)) return value;
-    table.emplace();
-    table->Reserve(known.size());
-    for (const std::array<T, N>& entry : known) table->Fold(entry);
-  }
-  return table->Fold(value);
-}
-
 void Forget(MeshScanState& scan, std::uint32_t wedge) {
   scan.hostNormals[wedge] = kNoNormal;
   const std::size_t count = scan.keyMaps.size();
@@ -50,8 +30,8 @@ void Forget(MeshScanState& scan, std::uint32_t wedge) {
 // Once a table has grown, what was another's alias may have an entry of its own: neither the host's normals nor
 // keys tell its wedge any longer.
 void ForgetAliases(MeshScanState& scan) {
-  std::uint64_t buckets = scan.normalTable ? scan.normalTable->BucketCount() : 0;
-  for (const ColorScan& color : scan.colorScans) buckets += color.table ? color.table->BucketCount() : 0;
+  std::uint64_t buckets = scan.normalEntries.BucketCount();
+  for (const ColorScan& color : scan.colorScans) buckets += color.entries.BucketCount();
   if (std::exchange(scan.bucketCount, buckets) == buckets) return;
   for (const std::uint32_t wedge : scan.aliases) Forget(scan, wedge);
   scan.aliases.clear();
@@ -68,13 +48,13 @@ void FindEntries(MeshScanState& scan, std::uint32_t place, CornerValues& corner)
     corner.isAlias = !scan.aliases.empty();
   } else {
     const std::array<double, 3> normal = Normalised(corner.hostNormal);
-    corner.normal = EntryOf(scan.normalTable, normal, mesh.normals);
+    corner.normal = scan.normalEntries.Take(normal, mesh.normals);
     corner.isAlias = !IsSame(corner.normal, normal);
   }
   for (std::size_t k = 0; k < scan.colorScans.size(); ++k) {
     ColorScan& color = scan.colorScans[k];
     const std::array<float, 4> value = corner.colors[k];
-    corner.colors[k] = EntryOf(color.table, value, color.colorMap->data);
+    corner.colors[k] = color.entries.Take(value, color.colorMap->data);
     corner.isAlias |= !IsSame(corner.colors[k], value);
   }
   ForgetAliases(scan);
