@@ -1,20 +1,6 @@
 #include "geometry/tangent_table.h"
 
 #include <algorithm>
-#include <cstring>
-
-namespace {
-
-// FNV-1 with the constants of its 32-bit form on a 64-bit state.
-std::uint64_t HashBytes(const TangentBasis& basis) {
-  unsigned char bytes[sizeof basis];
-  std::memcpy(bytes, basis.data(), sizeof basis);
-  std::uint64_t hash = 2166136261u;
-  for (const unsigned char byte : bytes) hash = (hash * 16777619u) ^ byte;
-  return hash;
-}
-
-}  // namespace
 
 std::uint32_t TangentTable::Fold(const TangentBasis& basis, std::vector<TangentBasis>& data) {
   const std::uint64_t hash = HashBytes(basis);
@@ -30,7 +16,7 @@ std::uint32_t TangentTable::Fold(const TangentBasis& basis, std::vector<TangentB
 }
 
 void TangentTable::Grow() {
-  std::vector<std::vector<Entry>> grown(buckets_.size() * (buckets_.size() < 512 ? 8 : 2));
+  std::vector<std::vector<Entry>> grown(GrownBuckets(buckets_.size()));
   for (const std::vector<Entry>& bucket : buckets_)
     for (const Entry& entry : bucket) grown[entry.hash & (grown.size() - 1)].push_back(entry);
   buckets_ = std::move(grown);

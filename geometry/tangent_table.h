@@ -5,6 +5,8 @@
 //   that an earlier mesh entered yields the index it had there.
 #pragma once
 
+#include "geometry/value_table.h"
+
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -26,6 +28,6 @@ class TangentTable {
   void Grow();
 
   // A power of two of buckets, at most one entry per bucket on average.
-  std::vector<std::vector<Entry>> buckets_ = std::vector<std::vector<Entry>>(8);
+  std::vector<std::vector<Entry>> buckets_ = std::vector<std::vector<Entry>>(kFirstBuckets);
   std::size_t size_ = 0;
 };

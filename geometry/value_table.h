@@ -37,6 +37,21 @@ void HashNumbers(std::uint64_t& hash, const std::array<T, N>& numbers) {
   }
 }
 
+// The hash by whose low bits a value has its bucket: FNV-1 with the constants of its 32-bit form on a 64-bit
+// state.
+template <class T, std::size_t N>
+std::uint64_t HashBytes(const std::array<T, N>& value) {
+  unsigned char bytes[sizeof value];
+  std::memcpy(bytes, value.data(), sizeof value);
+  std::uint64_t hash = 2166136261u;
+  for (const unsigned char byte : bytes) hash = (hash * 16777619u) ^ byte;
+  return hash;
+}
+
+constexpr std::size_t kFirstBuckets = 8;
+// How many buckets a table of this many gets when it is to hold an entry more than it has buckets.
+constexpr std::size_t GrownBuckets(std::size_t buckets) { return buckets * (buckets < 512 ? 8 : 2); }
+
 // Entries are found by what they equal, and only then by their bucket: there are few signs of zeros to choose
 // from, while a bucket may hold any number of values, those of a hostile file for instance.
 template <class T, std::size_t N>
@@ -78,18 +93,9 @@ class ValueTable {
     std::uint32_t next;  // the one that equals it and was entered before
   };
 
-  // FNV-1 with the constants of its 32-bit form on a 64-bit state.
-  static std::uint64_t HashBytes(const Value& value) {
-    unsigned char bytes[sizeof value];
-    std::memcpy(bytes, value.data(), sizeof value);
-    std::uint64_t hash = 2166136261u;
-    for (const unsigned char byte : bytes) hash = (hash * 16777619u) ^ byte;
-    return hash;
-  }
-
   // A bucket for each entry at least.
   void CountEntry() {
-    if (++count_ > buckets_) buckets_ *= buckets_ < 512 ? 8 : 2;
+    if (++count_ > buckets_) buckets_ = GrownBuckets(buckets_);
   }
 
   // The slot of the entries that equal the value, or the one for them.
@@ -110,7 +116,7 @@ class ValueTable {
   std::vector<Entry> entries_;
   std::vector<std::uint32_t> slots_;  // open addressing; a power of two of them, at most half full
   std::uint64_t count_ = 0;           // of entries, NaNs included
-  std::uint64_t buckets_ = 8;
+  std::uint64_t buckets_ = kFirstBuckets;
 };
 
 // Whether two values are one entry of a table: entries differ in their bits, and a NaN is a new one each time.
@@ -140,6 +146,7 @@ class ValueEntries {
     const Value* const equal = zeros_->FindEqual(value);
     if (!equal) return zeros_->Fold(value);
     if (IsSame(*equal, value)) return value;
+    zeros_.reset();
     all_.emplace();
     for (const Value& entry : known) all_->Fold(entry);
     return all_->Fold(value);

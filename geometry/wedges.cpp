@@ -114,7 +114,7 @@ void UnifyZeros(const GltfMesh& mesh, UvScan& uv) {
   std::map<std::array<std::uint32_t, 3>, std::array<float, 2>> firstByPoint;
   for (std::size_t wedge = 0; wedge < uv.uvMap->data.size(); ++wedge) {
     std::array<float, 2>& value = uv.uvMap->data[wedge];
-    if (uv.missing[wedge] != 0 || (value[0] != 0 && value[1] != 0)) continue;
+    if (uv.missing[wedge] != 0 || !HasZero(value)) continue;
     const auto bits = [](float number) { return std::bit_cast<std::uint32_t>(number + 0.0f); };  // of 0 for -0
     value =
         firstByPoint.try_emplace({mesh.positionIndex[wedge], bits(value[0]), bits(value[1])}, value).first->second;

@@ -201,8 +201,8 @@ TEST_F(LoadOptionsCommand, ADamagedConfigurationIsKeptAside) {
 }
 
 TEST_F(LoadOptionsCommand, AWrongTypeCostsOneValueAndNothingElseIsLost) {
-  WriteConfig(
-      R"({"theirs": {"a": [1, null, 2.5], "b": [7, 0e-254, 0e38, -0.00000000000000000000000]}, "gltfLoader": {"other": 1, "gltfLoadOptions": {"LoadOptions":
+  WriteConfig(R"({"theirs": {"a": [1, null, 2.5], "b": [7, 0e-254, 0e38, -0.00000000000000000000000]},
+      "gltfLoader": {"other": 1, "gltfLoadOptions": {"LoadOptions":
       {"importUnits": "cm", "loadLights": false, "globalScalingFactor": 7, "loadCameras": 1.5, "mine": "x"}}}})");
   std::vector<std::string> expected = kFirstRun;
   expected[12] = "loadLights=false";
