@@ -71,7 +71,7 @@ struct MeshScanState {
   std::vector<std::array<double, 3>> hostNormals;  // one per wedge, as the host gave it; NaNs when forgotten
   ValueEntries<double, 3> normalEntries;
   std::vector<std::uint32_t> aliases;  // wedges of such corners since a table has grown
-  std::uint64_t bucketCount = 0;       // of all tables then
+  std::uint64_t generation = 0;        // of all tables then
   CornerValues corner;                 // of the corner that is being read
   std::list<CornerValues> waiting;     // for the place of a point, see wedges.h; mostly empty
 

@@ -59,6 +59,8 @@ class ValueTable {
  public:
   using Value = std::array<T, N>;
 
+  explicit ValueTable(std::uint64_t buckets = kFirstBuckets) : buckets_(buckets) {}
+
   // The value of the entry for a value, which is entered when there is none. A NaN is a new entry each time.
   Value Fold(const Value& value) {
     if (std::any_of(value.begin(), value.end(), [](T number) { return std::isnan(number); })) {
@@ -74,12 +76,6 @@ class ValueTable {
     entries_.push_back({value, hash, first});
     first = static_cast<std::uint32_t>(entries_.size() - 1);
     return value;
-  }
-
-  // An entry that equals the value, whatever its signs of zeros; null without one.
-  const Value* FindEqual(const Value& value) const {
-    const std::uint32_t entry = slots_.empty() ? kNone : slots_[SlotOf(value)];
-    return entry == kNone ? nullptr : &entries_[entry].value;
   }
 
   std::uint64_t BucketCount() const { return buckets_; }
@@ -116,18 +112,24 @@ class ValueTable {
   std::vector<Entry> entries_;
   std::vector<std::uint32_t> slots_;  // open addressing; a power of two of them, at most half full
   std::uint64_t count_ = 0;           // of entries, NaNs included
-  std::uint64_t buckets_ = kFirstBuckets;
+  std::uint64_t buckets_;
 };
+
+template <class T, std::size_t N>
+bool HasSameBits(const std::array<T, N>& left, const std::array<T, N>& right) {
+  using Bits = std::array<BitsOf<T>, N>;
+  return std::bit_cast<Bits>(left) == std::bit_cast<Bits>(right);
+}
 
 // Whether two values are one entry of a table: entries differ in their bits, and a NaN is a new one each time.
 template <class T, std::size_t N>
 bool IsSame(const std::array<T, N>& left, const std::array<T, N>& right) {
-  using Bits = std::array<BitsOf<T>, N>;
-  return left == right && std::bit_cast<Bits>(left) == std::bit_cast<Bits>(right);
+  return left == right && HasSameBits(left, right);
 }
 
-// The entries for the values of a mesh's corners. Each value is its own as long as no two differ in signs of zeros
-// alone, so most meshes cost no table, or one of the few values that hold a zero.
+// The entries for the values of a mesh's corners, as one ValueTable of them all would give them. Only values that
+// hold a zero can share an entry, and how many buckets there are matters only to those that would share one of the
+// fewest there can be. So most meshes cost no table, or one of the few values that hold a zero.
 template <class T, std::size_t N>
 class ValueEntries {
  public:
@@ -135,27 +137,42 @@ class ValueEntries {
 
   // The entry for the next corner. `known` are those of the corners before it.
   Value Take(const Value& value, const std::vector<Value>& known) {
-    if (all_) return all_->Fold(value);
-    if (!zeros_ && !HasNegativeZero(value)) return value;
-    if (!HasZero(value)) return value;
-    if (!zeros_) {
-      zeros_.emplace();
-      for (const Value& entry : known)
-        if (HasZero(entry)) zeros_->Fold(entry);
+    if (!all_) {
+      if (!zeros_ && !HasNegativeZero(value)) return value;
+      if (!HasZero(value)) return value;
+      if (!zeros_) KeepZeros(known, kFirstBuckets);
+      if (HasSameBits(zeros_->Fold(value), value)) return value;
+      all_.emplace();
+      for (const Value& entry : known) all_->Fold(entry);
     }
-    const Value* const equal = zeros_->FindEqual(value);
-    if (!equal) return zeros_->Fold(value);
-    if (IsSame(*equal, value)) return value;
-    zeros_.reset();
-    all_.emplace();
-    for (const Value& entry : known) all_->Fold(entry);
-    return all_->Fold(value);
+    const std::uint64_t buckets = all_->BucketCount();
+    const Value entry = all_->Fold(value);
+    const bool givesUp = !hasGivenUp_ && buckets >= kManyBuckets && HasSameBits(entry, value);
+    if (givesUp || all_->BucketCount() != buckets) ++generation_;
+    if (givesUp) {
+      KeepZeros(known, buckets);
+      if (HasZero(entry)) zeros_->Fold(entry);
+      all_.reset();
+      hasGivenUp_ = true;
+    }
+    return entry;
   }
 
-  // Changes when an entry may stand for other values than before.
-  std::uint64_t BucketCount() const { return all_ ? all_->BucketCount() : 0; }
+  // Counts the times from which an entry may stand for fewer values than before.
+  std::uint64_t Generation() const { return generation_; }
 
  private:
-  std::optional<ValueTable<T, N>> zeros_;  // made for the first negative zero
-  std::optional<ValueTable<T, N>> all_;    // made for the first value that equals an entry with other signs
+  // Of so many, values that differ in signs of zeros hardly ever share one.
+  static constexpr std::uint64_t kManyBuckets = 1u << 14;
+
+  void KeepZeros(const std::vector<Value>& known, std::uint64_t buckets) {
+    zeros_.emplace(buckets);
+    for (const Value& entry : known)
+      if (HasZero(entry)) zeros_->Fold(entry);
+  }
+
+  std::optional<ValueTable<T, N>> zeros_;  // of as many buckets as there are at least
+  std::optional<ValueTable<T, N>> all_;    // made when the count of buckets matters, given up once when it is high
+  bool hasGivenUp_ = false;
+  std::uint64_t generation_ = 0;
 };

@@ -30,9 +30,9 @@ void Forget(MeshScanState& scan, std::uint32_t wedge) {
 // Once a table has grown, what was another's alias may have an entry of its own: neither the host's normals nor
 // keys tell its wedge any longer.
 void ForgetAliases(MeshScanState& scan) {
-  std::uint64_t buckets = scan.normalEntries.BucketCount();
-  for (const ColorScan& color : scan.colorScans) buckets += color.entries.BucketCount();
-  if (std::exchange(scan.bucketCount, buckets) == buckets) return;
+  std::uint64_t generation = scan.normalEntries.Generation();
+  for (const ColorScan& color : scan.colorScans) generation += color.entries.Generation();
+  if (std::exchange(scan.generation, generation) == generation) return;
   for (const std::uint32_t wedge : scan.aliases) Forget(scan, wedge);
   scan.aliases.clear();
 }

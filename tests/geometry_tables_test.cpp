@@ -77,6 +77,32 @@ TEST(ValueTable, ComparesNumbersWithinABucketOfBytes) {
   EXPECT_EQ(nans.BucketCount(), 64u) << "each is an entry";
 }
 
+// Past many buckets the one table is given up, and made anew for values that may still share one.
+TEST(ValueEntries, AreThoseOfOneTable) {
+  std::mt19937 random(13);
+  for (const auto& [step, lateAlias] : {std::pair(0.0, 64), std::pair(1.0, 5000), std::pair(0.7, 30000)}) {
+    ValueTable<double, 3> table;
+    ValueEntries<double, 3> entries;
+    std::vector<std::array<double, 3>> known;
+    int lastAlias = 0;
+    std::uint64_t generation = 0;
+    for (int i = 0; i < 60000; ++i) {
+      const auto zero = [&] { return random() % 2 != 0 ? 0.0 : -0.0; };
+      const double y = random() % 4 != 0 ? static_cast<double>(i) : step * (1 + random() % 512);
+      const std::array<double, 3> value = {zero(), y, zero()};
+      const std::array<double, 3> entry = entries.Take(value, known);
+      ASSERT_TRUE(IsSame(entry, table.Fold(value))) << i;
+      known.push_back(entry);
+      if (!IsSame(entry, value)) lastAlias = i;
+      ASSERT_GE(entries.Generation(), generation);
+      generation = entries.Generation();
+    }
+    EXPECT_GT(lastAlias, lateAlias);
+    EXPECT_GE(generation, 7u) << "growths to many buckets, and giving up";
+    EXPECT_GE(table.BucketCount(), 32768u);
+  }
+}
+
 TEST(PointIndexTable, FirstPlaceOfAnIdStays) {
   const std::vector<std::vector<ZyPointId>> sequences = {{1, 2, 3, 4},         {7, 8, 9}, {1, 2, 2, 3, 4},
                                                          {1, 2, 2, 4, 5, 3},   {5, 5, 6}, {9, 4, 9, 10, 1},
