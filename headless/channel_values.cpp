@@ -28,33 +28,61 @@ ChannelValues::ChannelValues(const SceneIndex& index)
       activities_(index.ItemCount(), Activity::Off),
       clipGroups_(index.ItemCount(), -1) {
   AddSlots();
+  AddClipDetails();
   AddLinks();
   CutLinkCircles();
   GroupClips();
 }
 
 void ChannelValues::AddSlots() {
+  Details& none = details_.emplace_back();
   for (std::size_t item = 0; item < index_.ItemCount(); ++item) {
     ChannelRef ref{static_cast<ItemIndex>(item), 0};
     for (; index_.HasChannel(ref); ++ref.channel) {
+      const ChannelData& channel = index_.Channel(ref);
       Slot& slot = slots_[index_.ChannelPlace(ref)];
-      const ChannelValue& setup = index_.Channel(ref).setup;
-      if (index_.KindOf(ref) != ChannelKind::Value || !HoldsNumber(setup)) continue;
-      slot.type = std::holds_alternative<std::int32_t>(setup) ? SlotType::Integer : SlotType::Double;
-      Show(ref, Layer::Setup);
-      Show(ref, Layer::Edit);
+      if (index_.KindOf(ref) != ChannelKind::Value || !HoldsNumber(channel.setup))
+        slot.details = &none;
+      else if (channel.edit || channel.setupEnvelope || channel.envelope)
+        AddDetails(ref);
+      else
+        slot.number = AsDouble(channel.setup);
     }
   }
 }
 
-void ChannelValues::Show(ChannelRef ref, Layer layer) {
-  const ChannelData& channel = index_.Channel(ref);
+// Of a channel that may have its own already.
+ChannelValues::Details& ChannelValues::AddDetails(ChannelRef ref) {
   Slot& slot = slots_[index_.ChannelPlace(ref)];
-  if (slot.type == SlotType::NoNumber) return;
-  Shown& shown = slot.shown[static_cast<std::size_t>(layer)];
+  const Details* none = &details_.front();
+  if (slot.details && slot.details != none) return *slot.details;
+  const bool hasNumber = !slot.details;
+  slot.details = &details_.emplace_back();
+  if (!hasNumber) return *slot.details;
+  const bool isInteger = std::holds_alternative<std::int32_t>(index_.Channel(ref).setup);
+  slot.details->type = isInteger ? NumberType::Integer : NumberType::Double;
+  Show(ref, Layer::Setup);
+  Show(ref, Layer::Edit);
+  return *slot.details;
+}
+
+// All that clips change, so that their coming and going takes no memory.
+void ChannelValues::AddClipDetails() {
+  for (const ItemData& item : index_.Scene().items) {
+    if (!item.clip) continue;
+    for (const auto& [ref, value] : item.clip->channels)
+      if (index_.HasChannel(ref)) AddDetails(ref);
+  }
+}
+
+void ChannelValues::Show(ChannelRef ref, Layer layer) {
+  Details& details = *SlotOf(ref).details;
+  if (details.type == NumberType::None) return;
+  const ChannelData& channel = index_.Channel(ref);
+  Shown& shown = details.shown[static_cast<std::size_t>(layer)];
   const EnvelopeData* curve = Envelope(layer, ref);
   // An edit layer that holds nothing of its own shows the setup, with its curve.
-  if (!curve && layer == Layer::Edit && !slot.inForce && !channel.edit) curve = Envelope(Layer::Setup, ref);
+  if (!curve && layer == Layer::Edit && !details.inForce && !channel.edit) curve = Envelope(Layer::Setup, ref);
   shown.curve = CurveWalk(curve);
   // A value of another type than the channel's is none.
   const ChannelValue& stored = StoredValue(layer, ref);
@@ -63,14 +91,13 @@ void ChannelValues::Show(ChannelRef ref, Layer layer) {
 
 void ChannelValues::AddLinks() {
   const SceneData& scene = index_.Scene();
-  const auto isNumber = [&](ChannelRef ref) { return SlotOf(ref).type != SlotType::NoNumber; };
   for (std::size_t place = 0; place < scene.channelLinks.size(); ++place) {
     const ChannelLink& link = scene.channelLinks[place];
     if (!index_.HasChannel(link.from) || !index_.HasChannel(link.to)) continue;
-    Slot& slot = slots_[index_.ChannelPlace(link.to)];
-    ++slot.linkCount;
+    Details& details = AddDetails(link.to);
+    ++details.linkCount;
     // Of several links into one channel the last counts.
-    if (isNumber(link.from) && isNumber(link.to)) slot.link = static_cast<std::int32_t>(place);
+    if (HasNumber(link.from) && HasNumber(link.to)) details.link = static_cast<std::int32_t>(place);
   }
 }
 
@@ -80,15 +107,14 @@ void ChannelValues::CutLinkCircles() {
   std::vector<Link> successors;
   for (std::size_t place = 0; place < links.size(); ++place)
     if (index_.HasChannel(links[place].from))
-      successors.emplace_back(static_cast<std::int32_t>(place), SlotOf(links[place].from).link);
+      successors.emplace_back(static_cast<std::int32_t>(place), LinkInto(links[place].from));
   const LinkTable table(links.size(), successors, LinkEnd::From);
   const auto components = StrongComponents(table);
-  std::vector<Slot*> cut;
+  std::vector<ChannelRef> cut;
   for (std::size_t place = 0; place < links.size(); ++place)
     for (const std::int32_t next : table.Of(static_cast<std::int32_t>(place)))
-      if (components[place] == components[At(next)])
-        cut.push_back(&slots_[index_.ChannelPlace(links[place].from)]);
-  for (Slot* slot : cut) slot->link = -1;
+      if (components[place] == components[At(next)]) cut.push_back(links[place].from);
+  for (const ChannelRef ref : cut) SlotOf(ref).details->link = -1;
 }
 
 void ChannelValues::GroupClips() {
@@ -117,26 +143,41 @@ void ChannelValues::SwapIn(ItemIndex clip, Activity activity) {
   activities_[At(clip)] = activity;
   for (const auto& [ref, value] : index_.Scene().items[At(clip)].clip->channels) {
     if (!index_.HasChannel(ref)) continue;
-    Slot& slot = slots_[index_.ChannelPlace(ref)];
+    const ClipValue*& inForce = SlotOf(ref).details->inForce;
     if (activity == Activity::On)
-      slot.inForce = &value;
-    else if (slot.inForce == &value)
-      slot.inForce = nullptr;
+      inForce = &value;
+    else if (inForce == &value)
+      inForce = nullptr;
     Show(ref, Layer::Edit);
   }
+}
+
+const ChannelValues::ClipValue* ChannelValues::InForce(ChannelRef ref) const {
+  const Details* details = SlotOf(ref).details;
+  return details ? details->inForce : nullptr;
+}
+
+std::int32_t ChannelValues::LinkInto(ChannelRef ref) const {
+  const Details* details = SlotOf(ref).details;
+  return details ? details->link : -1;
+}
+
+bool ChannelValues::HasNumber(ChannelRef ref) const {
+  const Details* details = SlotOf(ref).details;
+  return !details || details->type != NumberType::None;
 }
 
 const EnvelopeData* ChannelValues::Envelope(Layer layer, ChannelRef ref) const {
   const ChannelData& channel = index_.Channel(ref);
   if (layer == Layer::Setup) return channel.setupEnvelope ? &*channel.setupEnvelope : nullptr;
-  if (const ClipValue* inForce = SlotOf(ref).inForce) return std::get_if<EnvelopeData>(inForce);
+  if (const ClipValue* inForce = InForce(ref)) return std::get_if<EnvelopeData>(inForce);
   return channel.envelope ? &*channel.envelope : nullptr;
 }
 
 const ChannelValue& ChannelValues::StoredValue(Layer layer, ChannelRef ref) const {
   const ChannelData& channel = index_.Channel(ref);
   if (layer == Layer::Setup) return channel.setup;
-  if (const ClipValue* inForce = SlotOf(ref).inForce)
+  if (const ClipValue* inForce = InForce(ref))
     if (const auto* value = std::get_if<ChannelValue>(inForce)) return *value;
   return channel.edit ? *channel.edit : channel.setup;
 }
@@ -156,21 +197,20 @@ void ChannelValues::StartMemo(const ReadState& state) const {
   memo_.revision = revision_;
 }
 
-double ChannelValues::DrivenNumber(const ReadState& state, const Slot& slot) const {
+double ChannelValues::DrivenNumber(const ReadState& state, std::int32_t link) const {
   StartMemo(state);
   const std::vector<ChannelLink>& links = index_.Scene().channelLinks;
-  const auto isKnown = [&](std::int32_t link) { return memo_.stamps[At(link)] == memo_.stamp; };
+  const auto isKnown = [&](std::int32_t place) { return memo_.stamps[At(place)] == memo_.stamp; };
   linkPath_.clear();
-  std::int32_t source = slot.link;
-  for (; source >= 0 && !isKnown(source); source = SlotOf(links[At(source)].from).link)
-    linkPath_.push_back(source);
+  std::int32_t source = link;
+  for (; source >= 0 && !isKnown(source); source = LinkInto(links[At(source)].from)) linkPath_.push_back(source);
   double value =
       source >= 0 ? memo_.numbers[At(source)] : OwnNumber(state, SlotOf(links[At(linkPath_.back())].from));
   for (; !linkPath_.empty(); linkPath_.pop_back()) {
     const std::size_t place = At(linkPath_.back());
-    const ChannelLink& link = links[place];
-    value = value * link.factor + link.offset;
-    if (SlotOf(link.to).type == SlotType::Integer) value = TruncateToInteger(value);
+    const ChannelLink& step = links[place];
+    value = value * step.factor + step.offset;
+    if (SlotOf(step.to).details->type == NumberType::Integer) value = TruncateToInteger(value);
     memo_.numbers[place] = value;
     memo_.stamps[place] = memo_.stamp;
   }
@@ -183,7 +223,8 @@ const std::string* ChannelValues::Text(const ReadState& state, ChannelRef ref) c
 }
 
 std::uint32_t ChannelValues::LinkCount(ChannelRef ref) const {
-  return index_.Channel(ref).linkCount.value_or(SlotOf(ref).linkCount);
+  const Details* details = SlotOf(ref).details;
+  return index_.Channel(ref).linkCount.value_or(details ? details->linkCount : 0);
 }
 
 }  // namespace headless

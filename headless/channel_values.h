@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <string>
 #include <variant>
@@ -31,6 +32,8 @@ class ChannelValues {
  public:
   // The index outlives the values.
   explicit ChannelValues(const SceneIndex& index);
+  ChannelValues(const ChannelValues&) = delete;
+  ChannelValues& operator=(const ChannelValues&) = delete;
 
   // All take channels that exist. Nothing or null when the channel holds no such value.
   std::optional<double> Number(const ReadState& state, ChannelRef ref) const {
@@ -58,22 +61,33 @@ class ChannelValues {
     double number = 0;  // where there is no curve
   };
 
-  enum class SlotType : std::uint8_t { Integer, Double, NoNumber };
+  enum class NumberType : std::uint8_t { Integer, Double, None };
 
-  struct Slot {
+  // Of the channels that don't hold one number alone.
+  struct Details {
     std::array<Shown, 2> shown;          // by layer
     const ClipValue* inForce = nullptr;  // of the active clip
     std::int32_t link = -1;              // the link that drives the number
     std::uint32_t linkCount = 0;
-    SlotType type = SlotType::NoNumber;
+    NumberType type = NumberType::None;
+  };
+
+  struct Slot {
+    double number = 0;           // in every state, where there are no details
+    Details* details = nullptr;  // null for most
   };
 
   const Slot& SlotOf(ChannelRef ref) const { return slots_[index_.ChannelPlace(ref)]; }
+  const ClipValue* InForce(ChannelRef ref) const;
+  std::int32_t LinkInto(ChannelRef ref) const;
+  bool HasNumber(ChannelRef ref) const;
   const ChannelValue& StoredValue(Layer layer, ChannelRef ref) const;
   double OwnNumber(const ReadState& state, const Slot& slot) const;
-  double DrivenNumber(const ReadState& state, const Slot& slot) const;
+  double DrivenNumber(const ReadState& state, std::int32_t link) const;
   void StartMemo(const ReadState& state) const;
   void AddSlots();
+  Details& AddDetails(ChannelRef ref);
+  void AddClipDetails();
   void Show(ChannelRef ref, Layer layer);
   void AddLinks();
   void CutLinkCircles();
@@ -82,6 +96,7 @@ class ChannelValues {
 
   const SceneIndex& index_;
   std::vector<Slot> slots_;
+  std::deque<Details> details_;        // the first is that of all channels without a number or anything else
   std::vector<Activity> activities_;   // per item
   std::vector<ItemIndex> clipGroups_;  // per item: the group that lists the clip, -1 for none
   std::uint32_t revision_ = 0;
@@ -103,16 +118,18 @@ class ChannelValues {
 std::int32_t TruncateToInteger(double value);
 
 inline double ChannelValues::OwnNumber(const ReadState& state, const Slot& slot) const {
-  const Shown& shown = slot.shown[static_cast<std::size_t>(state.layer)];
+  if (!slot.details) return slot.number;
+  const Shown& shown = slot.details->shown[static_cast<std::size_t>(state.layer)];
   const double value = shown.curve ? shown.curve.ValueAt(state.time) : shown.number;
-  return slot.type == SlotType::Integer ? TruncateToInteger(value) : value;
+  return slot.details->type == NumberType::Integer ? TruncateToInteger(value) : value;
 }
 
 inline std::optional<double> ChannelValues::NumberAt(const ReadState& state, std::size_t place) const {
   const Slot& slot = slots_[place];
-  if (slot.type == SlotType::NoNumber) return std::nullopt;
-  const bool isDriven = state.evaluation == Evaluation::Driven && slot.link >= 0;
-  return isDriven ? DrivenNumber(state, slot) : OwnNumber(state, slot);
+  if (!slot.details) return slot.number;
+  if (slot.details->type == NumberType::None) return std::nullopt;
+  const bool isDriven = state.evaluation == Evaluation::Driven && slot.details->link >= 0;
+  return isDriven ? DrivenNumber(state, slot.details->link) : OwnNumber(state, slot);
 }
 
 }  // namespace headless
