@@ -47,7 +47,7 @@ zyresult ChannelRead::Double(IZyItem* item, std::int32_t channel, double& value)
 zyresult ChannelRead::String(IZyItem* item, std::int32_t channel, const char*& text) {
   const ChannelRef ref{HostState::IndexOf(item), channel};
   if (!IsReadable(ref, ChannelKind::Value)) return ZYe_FAILED;
-  const std::string* value = host_.values.Text(state_, ref);
+  const SharedText* value = host_.values.Text(state_, ref);
   if (!value) return ZYe_FAILED;
   text = value->c_str();
   return ZYe_OK;

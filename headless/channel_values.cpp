@@ -7,7 +7,7 @@ namespace headless {
 
 namespace {
 
-bool HoldsNumber(const ChannelValue& value) { return !std::holds_alternative<std::string>(value); }
+bool HoldsNumber(const ChannelValue& value) { return !std::holds_alternative<SharedText>(value); }
 
 double AsDouble(const ChannelValue& value) {
   if (const auto* integer = std::get_if<std::int32_t>(&value)) return *integer;
@@ -217,9 +217,9 @@ double ChannelValues::DrivenNumber(const ReadState& state, std::int32_t link) co
   return value;
 }
 
-const std::string* ChannelValues::Text(const ReadState& state, ChannelRef ref) const {
+const SharedText* ChannelValues::Text(const ReadState& state, ChannelRef ref) const {
   if (HoldsNumber(index_.Channel(ref).setup)) return nullptr;
-  return std::get_if<std::string>(&StoredValue(state.layer, ref));
+  return std::get_if<SharedText>(&StoredValue(state.layer, ref));
 }
 
 std::uint32_t ChannelValues::LinkCount(ChannelRef ref) const {

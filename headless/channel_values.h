@@ -41,7 +41,7 @@ class ChannelValues {
   }
   // By the channel's place in the index.
   std::optional<double> NumberAt(const ReadState& state, std::size_t place) const;
-  const std::string* Text(const ReadState& state, ChannelRef ref) const;
+  const SharedText* Text(const ReadState& state, ChannelRef ref) const;
   // The channel's own curve in a layer.
   const EnvelopeData* Envelope(Layer layer, ChannelRef ref) const;
   std::uint32_t LinkCount(ChannelRef ref) const;

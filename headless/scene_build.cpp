@@ -65,7 +65,7 @@ ChannelValue DefaultValue(const DefaultChannel& channel) {
     case ValueKind::String:
       break;
   }
-  return std::string();
+  return SharedText();
 }
 
 // What every item of a type has.
@@ -81,7 +81,7 @@ std::vector<std::string_view> BaseChain(const SceneData& scene, std::string_view
   return chain;
 }
 
-void AppendChannel(std::vector<ChannelData>& channels, std::string name, ChannelValue value) {
+void AppendChannel(std::vector<ChannelData>& channels, SharedText name, ChannelValue value) {
   ChannelData& channel = channels.emplace_back();
   channel.name = std::move(name);
   channel.setup = std::move(value);

@@ -4,6 +4,7 @@
 
 #include "headless/boxed.h"
 #include "headless/mesh_data.h"
+#include "headless/shared_text.h"
 #include "host/matrix4.h"
 
 #include <array>
@@ -39,10 +40,10 @@ struct EnvelopeData {
   Extrapolation after = Extrapolation::Constant;
 };
 
-using ChannelValue = std::variant<std::int32_t, double, std::string>;
+using ChannelValue = std::variant<std::int32_t, double, SharedText>;
 
 struct ChannelData {
-  std::string name;
+  SharedText name;
   ChannelValue setup;                      // its alternative is the channel's type
   Boxed<ChannelValue> edit;                // absent: as setup
   Boxed<EnvelopeData> setupEnvelope;       // keys of the setup layer

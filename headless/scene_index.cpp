@@ -74,7 +74,7 @@ const std::vector<ItemIndex>* SceneIndex::ItemsOfType(std::uint32_t type) const 
 }
 
 ChannelKind SceneIndex::KindOf(ChannelRef ref) const {
-  const std::string& name = Channel(ref).name;
+  const std::string_view name = Channel(ref).name;
   if (name == "mesh" && scene_.items[At(ref.item)].mesh) return ChannelKind::Mesh;
   if (name == "surf" && IsOfType(ref.item, surfaceType_)) return ChannelKind::Surface;
   return MatrixOf(ref) ? ChannelKind::Matrix : ChannelKind::Value;

@@ -57,8 +57,8 @@ bool Extends(const ItemData& item, const std::vector<ChannelData>& ofType) {
 // What an object says of a channel that starts from `pattern`, null for a channel the item lacks.
 void WriteDetails(SceneText& text, const ChannelData& channel, const ChannelData* pattern) {
   const bool hasKeys = channel.envelope || channel.setupEnvelope;
-  if (hasKeys && std::holds_alternative<std::string>(channel.setup))
-    throw WriteFault{"channel \"" + channel.name + "\" holds texts and has keys"};
+  if (hasKeys && std::holds_alternative<headless::SharedText>(channel.setup))
+    throw WriteFault{"channel \"" + std::string(channel.name) + "\" holds texts and has keys"};
   if (pattern && pattern->setup.index() != channel.setup.index()) {
     text.Key("type");
     text.Text(kTypeWords[channel.setup.index()]);
@@ -176,7 +176,7 @@ void WriteChannelValue(SceneText& text, const ChannelValue& value, const Channel
   if (value.index() != pattern.index()) throw WriteFault{"holds a value of another type than its channel's"};
   if (const auto* integer = std::get_if<std::int32_t>(&value)) return text.Whole(*integer);
   if (const auto* number = std::get_if<double>(&value)) return text.Real(*number);
-  text.Text(std::get<std::string>(value));
+  text.Text(std::get<headless::SharedText>(value));
 }
 
 void WriteEnvelope(SceneText& text, const EnvelopeData& envelope) {

@@ -81,7 +81,7 @@ ChannelValue PatternOf(const Json& value) {
 }
 
 EnvelopeData ReadChannelEnvelope(const Json& value, const ChannelData& channel) {
-  if (std::holds_alternative<std::string>(channel.setup)) Fail(value, "a channel of texts has no keys");
+  if (std::holds_alternative<headless::SharedText>(channel.setup)) Fail(value, "a channel of texts has no keys");
   return ReadEnvelope(value);
 }
 
@@ -149,7 +149,7 @@ EnvelopeData ReadEnvelope(const Json& value) {
 }
 
 ChannelValue ReadChannelValue(const Json& value, const ChannelValue& pattern) {
-  if (std::holds_alternative<std::string>(pattern)) {
+  if (std::holds_alternative<headless::SharedText>(pattern)) {
     if (!value.IsString()) Fail(value, "the channel holds texts");
     return ReadText(value);
   }

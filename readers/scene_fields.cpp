@@ -222,7 +222,7 @@ headless::ClipData ReadClip(const SceneParts& parts, const Json& value) {
     if ((setup != nullptr) == (keys != nullptr)) Fail(entry, "needs either \"value\" or \"keys\"");
     if (setup) {
       clip.channels.emplace_back(ref, ReadChannelValue(*setup, channel.setup));
-    } else if (std::holds_alternative<std::string>(channel.setup)) {
+    } else if (std::holds_alternative<headless::SharedText>(channel.setup)) {
       Fail(*keys, "a channel of texts has no keys");
     } else {
       clip.channels.emplace_back(ref, ReadEnvelope(*keys));

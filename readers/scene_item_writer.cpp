@@ -286,7 +286,7 @@ void ItemWriter::WriteClip() {
         text_.Key("value");
         WriteChannelValue(text_, *value, setup);
       } else {
-        if (std::holds_alternative<std::string>(setup)) throw WriteFault{"has keys for a channel of texts"};
+        if (std::holds_alternative<headless::SharedText>(setup)) throw WriteFault{"has keys for a channel of texts"};
         text_.Key("keys");
         WriteEnvelope(text_, std::get<headless::EnvelopeData>(held));
       }

@@ -81,7 +81,7 @@ TEST(TimeRange, MissingChannelsAreZero) {
   SceneData scene;
   const ItemIndex item = AddSceneItem(scene, 1, 2, 24);
   for (const char* name : {"currentS", "currentE", "fps"})
-    Channel(scene, NamedChannel(scene, item, name)).name += "_";
+    Channel(scene, NamedChannel(scene, item, name)).name = std::string(name) + "_";
   const Mover mover = AddMover(scene, "a");
   Key(scene, mover.scale, Axis::Y, Line(0, 1, 1, 2));
   Save save(std::move(scene));

@@ -63,7 +63,7 @@ const ItemData& Find(const SceneData& scene, const std::string& type, const std:
     if (candidate.type != type) return false;
     const std::int32_t channel = headless::FindChannel(candidate, "effect");
     return effect.empty() ||
-           std::get<std::string>(candidate.channels[static_cast<std::size_t>(channel)].setup) == effect;
+           std::get<headless::SharedText>(candidate.channels[static_cast<std::size_t>(channel)].setup) == effect;
   });
   if (item == scene.items.end()) throw std::runtime_error("no " + type + " " + effect);
   return *item;

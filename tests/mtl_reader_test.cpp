@@ -62,7 +62,7 @@ std::int32_t Integer(const ItemData& item, const std::string& channel) {
   return std::get<std::int32_t>(Value(item, channel));
 }
 std::string Text(const ItemData& item, const std::string& channel) {
-  return std::get<std::string>(Value(item, channel));
+  return std::get<headless::SharedText>(Value(item, channel));
 }
 
 TEST(MtlReader, GivesShadersTheirValues) {
