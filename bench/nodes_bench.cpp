@@ -81,7 +81,8 @@ void ReadLinks(benchmark::State& state) {
     channel.setup = 0.0;
     if (place > 0) scene.channelLinks.push_back({{item, first + place - 1}, {item, first + place}, 1, 1});
   }
-  At(scene, item).channels[static_cast<std::size_t>(first)].envelope = EnvelopeData{{{0, 0}, {100, 1}}};
+  At(scene, item).channels[static_cast<std::size_t>(first)].extras.Make().envelope =
+      EnvelopeData{{{0, 0}, {100, 1}}};
   Host host(std::move(scene));
   SetZyHost(&host);
   {

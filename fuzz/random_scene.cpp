@@ -78,7 +78,7 @@ class SceneMaker {
     const std::uint32_t transforms = Below(4);
     for (std::uint32_t i = 0; i < transforms; ++i) AddTransform(node);
     if (Below(8) == 0) AddWorld(node);
-    if (Below(16) == 0) At(node).packages.push_back("ik.joint");
+    if (Below(16) == 0) At(node).extras.Make().packages.push_back("ik.joint");
     nodes_.push_back(node);
   }
 
@@ -89,7 +89,7 @@ class SceneMaker {
     for (std::size_t axis = 0; axis < 3; ++axis) {
       headless::ChannelData& channel = At(item).channels[axis];
       channel.setup = type == "scale" ? NotZero() : Half();
-      if (Below(4) == 0) channel.envelope = MakeKeys(type == "scale");
+      if (Below(4) == 0) channel.extras.Make().envelope = MakeKeys(type == "scale");
     }
     transforms_.push_back(item);
   }

@@ -1,4 +1,4 @@
-// An optional value that takes no more than a pointer where there is none.
+// Values that take no more than a pointer where there are none.
 #pragma once
 
 #include <memory>
@@ -34,6 +34,7 @@ class Boxed {
     return *value_;
   }
   void reset() { value_.reset(); }
+  T value_or(T other) const { return value_ ? *value_ : std::move(other); }
 
   bool has_value() const { return value_ != nullptr; }
   explicit operator bool() const { return has_value(); }
@@ -42,8 +43,27 @@ class Boxed {
   T* operator->() { return value_.get(); }
   const T* operator->() const { return value_.get(); }
 
+  friend bool operator==(const Boxed& one, const Boxed& other) {
+    return one.value_ && other.value_ ? *one == *other : one.value_ == other.value_;
+  }
+
  private:
   std::unique_ptr<T> value_;
+};
+
+// A record of what few have. It reads as T() where there is none.
+template <class T>
+class Rare {
+ public:
+  const T& operator*() const { return record_ ? *record_ : kNone; }
+  const T* operator->() const { return &**this; }
+  // To write to; makes the record where there is none.
+  T& Make() { return record_ ? *record_ : record_.emplace(); }
+
+ private:
+  inline static const T kNone = T();
+
+  Boxed<T> record_;
 };
 
 }  // namespace headless

@@ -14,7 +14,8 @@ class TriangleSurface final : public HostObject<IZyTriangleSurface> {
 }  // namespace
 
 bool ChannelRead::IsReadable(ChannelRef ref, ChannelKind kind) const {
-  return host_.index.HasChannel(ref) && host_.index.Channel(ref).readable && host_.index.KindOf(ref) == kind;
+  return host_.index.HasChannel(ref) && host_.index.Channel(ref).extras->readable &&
+         host_.index.KindOf(ref) == kind;
 }
 
 zyresult ChannelRead::ValueObject(IZyItem* item, std::int32_t channel, IZyObject*& object) {

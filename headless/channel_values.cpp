@@ -43,7 +43,7 @@ void ChannelValues::AddSlots() {
       Slot& slot = slots_[index_.ChannelPlace(ref)];
       if (index_.KindOf(ref) != ChannelKind::Value || !HoldsNumber(channel.setup))
         slot.details = &none;
-      else if (channel.edit || channel.setupEnvelope || channel.envelope)
+      else if (const auto& extras = *channel.extras; extras.edit || extras.setupEnvelope || extras.envelope)
         AddDetails(ref);
       else
         slot.number = AsDouble(channel.setup);
@@ -82,7 +82,8 @@ void ChannelValues::Show(ChannelRef ref, Layer layer) {
   Shown& shown = details.shown[static_cast<std::size_t>(layer)];
   const EnvelopeData* curve = Envelope(layer, ref);
   // An edit layer that holds nothing of its own shows the setup, with its curve.
-  if (!curve && layer == Layer::Edit && !details.inForce && !channel.edit) curve = Envelope(Layer::Setup, ref);
+  if (!curve && layer == Layer::Edit && !details.inForce && !channel.extras->edit)
+    curve = Envelope(Layer::Setup, ref);
   shown.curve = CurveWalk(curve);
   // A value of another type than the channel's is none.
   const ChannelValue& stored = StoredValue(layer, ref);
@@ -168,10 +169,10 @@ bool ChannelValues::HasNumber(ChannelRef ref) const {
 }
 
 const EnvelopeData* ChannelValues::Envelope(Layer layer, ChannelRef ref) const {
-  const ChannelData& channel = index_.Channel(ref);
-  if (layer == Layer::Setup) return channel.setupEnvelope ? &*channel.setupEnvelope : nullptr;
+  const ChannelExtras& extras = *index_.Channel(ref).extras;
+  if (layer == Layer::Setup) return extras.setupEnvelope ? &*extras.setupEnvelope : nullptr;
   if (const ClipValue* inForce = InForce(ref)) return std::get_if<EnvelopeData>(inForce);
-  return channel.envelope ? &*channel.envelope : nullptr;
+  return extras.envelope ? &*extras.envelope : nullptr;
 }
 
 const ChannelValue& ChannelValues::StoredValue(Layer layer, ChannelRef ref) const {
@@ -179,7 +180,7 @@ const ChannelValue& ChannelValues::StoredValue(Layer layer, ChannelRef ref) cons
   if (layer == Layer::Setup) return channel.setup;
   if (const ClipValue* inForce = InForce(ref))
     if (const auto* value = std::get_if<ChannelValue>(inForce)) return *value;
-  return channel.edit ? *channel.edit : channel.setup;
+  return channel.extras->edit ? *channel.extras->edit : channel.setup;
 }
 
 void ChannelValues::StartMemo(const ReadState& state) const {
@@ -224,7 +225,7 @@ const SharedText* ChannelValues::Text(const ReadState& state, ChannelRef ref) co
 
 std::uint32_t ChannelValues::LinkCount(ChannelRef ref) const {
   const Details* details = SlotOf(ref).details;
-  return index_.Channel(ref).linkCount.value_or(details ? details->linkCount : 0);
+  return index_.Channel(ref).extras->linkCount.value_or(details ? details->linkCount : 0);
 }
 
 }  // namespace headless

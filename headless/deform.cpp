@@ -27,8 +27,8 @@ RecordedInfluences GatherWeightMaps(const HostState& host, const DeformGroupData
   std::vector<std::pair<std::uint32_t, const MeshMapData*>> maps;
   for (std::uint32_t place = 0; place < group.deformers.size(); ++place) {
     const ItemIndex deformer = group.deformers[place];
-    const bool named = host.index.HasItem(deformer) && !host.Data(deformer).weightMap.empty();
-    if (const MeshMapData* map = named ? FindWeightMap(mesh, host.Data(deformer).weightMap) : nullptr)
+    const bool named = host.index.HasItem(deformer) && !host.Data(deformer).extras->weightMap.empty();
+    if (const MeshMapData* map = named ? FindWeightMap(mesh, host.Data(deformer).extras->weightMap) : nullptr)
       maps.emplace_back(place, map);
   }
   std::vector<std::uint32_t> starts = {0}, deformers;

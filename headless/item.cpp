@@ -79,13 +79,13 @@ zyresult Item::ChannelName(std::int32_t index, const char*& text) {
 
 zyresult Item::PackageTest(const char* name) {
   if (!name) return ZYe_FAILED;
-  const auto& packages = Data().packages;
+  const auto& packages = Data().extras->packages;
   return std::find(packages.begin(), packages.end(), name) != packages.end() ? ZYe_OK : ZYe_FAILED;
 }
 
 const char* Item::GetTag(std::uint32_t tagId) {
-  const auto tag = Data().tags.find(tagId);
-  return tag == Data().tags.end() ? nullptr : tag->second.c_str();
+  const auto tag = Data().extras->tags.find(tagId);
+  return tag == Data().extras->tags.end() ? nullptr : tag->second.c_str();
 }
 
 zyresult Item::Context(IZyObject*& scene) {

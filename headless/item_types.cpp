@@ -56,10 +56,10 @@ ItemTypes::ItemTypes(const SceneData& scene) {
   }
 }
 
-std::uint32_t ItemTypes::Add(const std::string& name) {
-  const auto [entry, added] = codes_.try_emplace(name, Count() + 1);
+std::uint32_t ItemTypes::Add(std::string_view name) {
+  const auto [entry, added] = codes_.try_emplace(std::string(name), Count() + 1);
   if (added) {
-    names_.push_back(name);
+    names_.emplace_back(name);
     bases_.push_back(0);
   }
   return entry->second;

@@ -81,7 +81,7 @@ class ItemTypes {
   std::uint32_t Count() const { return static_cast<std::uint32_t>(names_.size()); }
 
  private:
-  std::uint32_t Add(const std::string& name);
+  std::uint32_t Add(std::string_view name);
 
   // By code less one.
   std::vector<std::string> names_;

@@ -70,6 +70,7 @@ ChannelValue DefaultValue(const DefaultChannel& channel) {
 
 // What every item of a type has.
 struct TypeDefaults {
+  SharedText type;
   std::vector<ChannelData> channels;
   bool isDeformGroup = false, isGroup = false, isClip = false;
 };
@@ -93,6 +94,7 @@ TypeDefaults MakeDefaults(const SceneData& scene, std::string_view type) {
     return std::find(chain.begin(), chain.end(), base) != chain.end();
   };
   TypeDefaults defaults;
+  defaults.type = std::string(type);
   for (const DefaultChannel& channel : kDefaultChannels)
     if (isOfType(channel.type)) AppendChannel(defaults.channels, channel.name, DefaultValue(channel));
   defaults.isDeformGroup = isOfType("deformGroup");
@@ -131,12 +133,12 @@ SceneData MakeScene() {
 ItemIndex AddItem(SceneData& scene, const std::string& type, const std::string& name, ItemIndex parent) {
   ItemData& item = scene.items.emplace_back();
   item.id = type + "#" + std::to_string(scene.items.size() - 1);
-  item.type = type;
   item.name = name;
   item.parent = parent;
   const TypeDefaults* known = FindDefaults(type);
   const TypeDefaults defaults = known ? TypeDefaults() : MakeDefaults(scene, type);
   if (!known) known = &defaults;
+  item.type = known->type;
   item.channels = known->channels;
   if (known->isDeformGroup) item.deformGroup.emplace();
   if (known->isGroup) item.group.emplace();

@@ -42,14 +42,19 @@ struct EnvelopeData {
 
 using ChannelValue = std::variant<std::int32_t, double, SharedText>;
 
+// What few channels have.
+struct ChannelExtras {
+  std::optional<ChannelValue> edit;           // absent: as setup
+  std::optional<EnvelopeData> setupEnvelope;  // keys of the setup layer
+  std::optional<EnvelopeData> envelope;       // keys of the edit layer
+  bool readable = true;                       // false: every read of the channel fails
+  std::optional<std::uint32_t> linkCount;     // recorded number of driving links; absent: counted
+};
+
 struct ChannelData {
   SharedText name;
-  ChannelValue setup;                      // its alternative is the channel's type
-  Boxed<ChannelValue> edit;                // absent: as setup
-  Boxed<EnvelopeData> setupEnvelope;       // keys of the setup layer
-  Boxed<EnvelopeData> envelope;            // keys of the edit layer
-  bool readable = true;                    // false: every read of the channel fails
-  std::optional<std::uint32_t> linkCount;  // recorded number of driving links; absent: counted
+  ChannelValue setup;  // its alternative is the channel's type
+  Rare<ChannelExtras> extras;
 };
 
 // World matrices as a host computed them, replayed exactly.
@@ -96,16 +101,22 @@ struct ClipData {
   std::vector<std::pair<ChannelRef, std::variant<ChannelValue, EnvelopeData>>> channels;
 };
 
-struct ItemData {
-  std::string id;  // unique in the scene
-  std::string type;
-  std::string name;
-  ItemIndex parent = -1;
+// What few items have.
+struct ItemExtras {
   // Children in an order of their own; those that aren't here follow in scene order, as all do when it's empty.
   std::vector<ItemIndex> childOrder;
-  std::vector<ChannelData> channels;  // all of them, in index order
   std::vector<std::string> packages;
   std::map<std::uint32_t, std::string> tags;  // by four-character code
+  std::string weightMap;                      // of a deformer: the weight map that a deform group reads
+};
+
+struct ItemData {
+  std::string id;  // unique in the scene
+  SharedText type;
+  std::string name;
+  ItemIndex parent = -1;
+  std::vector<ChannelData> channels;  // all of them, in index order
+  Rare<ItemExtras> extras;
 
   bool hasLocator = true;  // false: a locator type without the locator interface
   // Main transform items by TransformKind: scale, rotation, position. The stack itself is the reverse links
@@ -120,11 +131,10 @@ struct ItemData {
   std::shared_ptr<const MeshData> mesh;  // value of a mesh's "mesh" channel
   ItemIndex instanceSource = -1;         // of a meshInst
 
-  std::optional<std::string> imagePath;  // of an imageMap, in the form of the scene file
-  ItemIndex textureLocator = -1;         // of an imageMap
+  Boxed<std::string> imagePath;   // of an imageMap, in the form of the scene file
+  ItemIndex textureLocator = -1;  // of an imageMap
 
   ItemIndex deformationItem = -1;  // of a deformer: the item whose motion drives it
-  std::string weightMap;           // of a deformer: the weight map that a deform group reads
   Boxed<DeformGroupData> deformGroup;
   Boxed<GroupData> group;
   Boxed<ClipData> clip;

@@ -39,7 +39,7 @@ void SceneIndex::OrderChildren() {
   links.reserve(parents_.size());
   std::vector<bool> ordered(parents_.size(), false);
   for (std::size_t parent = 0; parent < parents_.size(); ++parent)
-    for (const ItemIndex child : scene_.items[parent].childOrder) {
+    for (const ItemIndex child : scene_.items[parent].extras->childOrder) {
       if (!HasItem(child) || ordered[At(child)] || parents_[At(child)] != static_cast<ItemIndex>(parent)) continue;
       ordered[At(child)] = true;
       links.emplace_back(static_cast<ItemIndex>(parent), child);

@@ -44,7 +44,7 @@ class ClipMaker {
 
   void AddActor(ItemIndex sceneItem) {
     actor_ = AddItem(scene_, "group", "Actor");
-    At(scene_, actor_).tags[kTagGroupType] = "actor";
+    At(scene_, actor_).extras.Make().tags[kTagGroupType] = "actor";
     scene_.graphs["currentGroups"].emplace_back(sceneItem, actor_);
   }
 

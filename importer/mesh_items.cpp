@@ -39,7 +39,7 @@ void AddDeformers(const PlannedSkin& skin, const NodeItems& items, const MeshPar
   for (std::size_t place = 0; place < skin.joints.size(); ++place) {
     const ItemIndex deformer = AddItem(scene, "genInfluence", parts.weightMaps[place] + " Influence");
     At(scene, deformer).deformationItem = items.byJoint[skin.joints[place]];
-    At(scene, deformer).weightMap = parts.weightMaps[place];
+    At(scene, deformer).extras.Make().weightMap = parts.weightMaps[place];
     At(scene, group).deformGroup->deformers.push_back(deformer);
   }
 }

@@ -183,7 +183,7 @@ ItemIndex ItemMaker::AddVector(ItemIndex locator, const std::string& name, Trans
     headless::ChannelData& channel =
         item.channels[static_cast<std::size_t>(headless::FindChannel(item, type.channels[axis]))];
     channel.setup = setup[axis];
-    if (edit[axis] != setup[axis]) channel.edit = edit[axis];
+    if (edit[axis] != setup[axis]) channel.extras.Make().edit = edit[axis];
   }
   return transform;
 }

@@ -36,7 +36,8 @@ bool IsSame(const ChannelValue& one, const ChannelValue& other) {
 }
 
 bool IsPlain(const ChannelData& channel) {
-  return !channel.edit && !channel.setupEnvelope && !channel.envelope && channel.readable && !channel.linkCount;
+  const headless::ChannelExtras& extras = *channel.extras;
+  return !extras.edit && !extras.setupEnvelope && !extras.envelope && extras.readable && !extras.linkCount;
 }
 
 bool HasUniqueNames(const ItemData& item) {
@@ -56,7 +57,8 @@ bool Extends(const ItemData& item, const std::vector<ChannelData>& ofType) {
 
 // What an object says of a channel that starts from `pattern`, null for a channel the item lacks.
 void WriteDetails(SceneText& text, const ChannelData& channel, const ChannelData* pattern) {
-  const bool hasKeys = channel.envelope || channel.setupEnvelope;
+  const headless::ChannelExtras& extras = *channel.extras;
+  const bool hasKeys = extras.envelope || extras.setupEnvelope;
   if (hasKeys && std::holds_alternative<headless::SharedText>(channel.setup))
     throw WriteFault{"channel \"" + std::string(channel.name) + "\" holds texts and has keys"};
   if (pattern && pattern->setup.index() != channel.setup.index()) {
@@ -67,25 +69,25 @@ void WriteDetails(SceneText& text, const ChannelData& channel, const ChannelData
     text.Key("value");
     WriteChannelValue(text, channel.setup, channel.setup);
   }
-  if (channel.edit) {
+  if (extras.edit) {
     text.Key("edit");
-    WriteChannelValue(text, *channel.edit, channel.setup);
+    WriteChannelValue(text, *extras.edit, channel.setup);
   }
-  if (channel.envelope) {
+  if (extras.envelope) {
     text.Key("keys");
-    WriteEnvelope(text, *channel.envelope);
+    WriteEnvelope(text, *extras.envelope);
   }
-  if (channel.setupEnvelope) {
+  if (extras.setupEnvelope) {
     text.Key("setupKeys");
-    WriteEnvelope(text, *channel.setupEnvelope);
+    WriteEnvelope(text, *extras.setupEnvelope);
   }
-  if (!channel.readable) {
+  if (!extras.readable) {
     text.Key("readable");
     text.Bool(false);
   }
-  if (channel.linkCount) {
+  if (extras.linkCount) {
     text.Key("links");
-    text.Natural(*channel.linkCount);
+    text.Natural(*extras.linkCount);
   }
 }
 

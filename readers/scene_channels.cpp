@@ -91,13 +91,14 @@ void ReadChannelObject(const Json& value, ChannelData& channel) {
     if (pattern.index() != channel.setup.index()) channel.setup = pattern;
   }
   if (const Json* setup = Find(value, "value")) channel.setup = ReadChannelValue(*setup, channel.setup);
-  if (const Json* edit = Find(value, "edit")) channel.edit = ReadChannelValue(*edit, channel.setup);
-  if (const Json* keys = Find(value, "keys")) channel.envelope = ReadChannelEnvelope(*keys, channel);
-  if (const Json* keys = Find(value, "setupKeys")) channel.setupEnvelope = ReadChannelEnvelope(*keys, channel);
-  if (const Json* readable = Find(value, "readable")) channel.readable = ReadBool(*readable);
+  if (const Json* edit = Find(value, "edit")) channel.extras.Make().edit = ReadChannelValue(*edit, channel.setup);
+  if (const Json* keys = Find(value, "keys")) channel.extras.Make().envelope = ReadChannelEnvelope(*keys, channel);
+  if (const Json* keys = Find(value, "setupKeys"))
+    channel.extras.Make().setupEnvelope = ReadChannelEnvelope(*keys, channel);
+  if (const Json* readable = Find(value, "readable")) channel.extras.Make().readable = ReadBool(*readable);
   if (const Json* links = Find(value, "links")) {
     if (!links->IsUint()) Fail(*links, "expected a whole number, not negative");
-    channel.linkCount = links->GetUint();
+    channel.extras.Make().linkCount = links->GetUint();
   }
 }
 
@@ -213,7 +214,7 @@ VectorData ReadVector(const Json& value, double unit) {
   return vector;
 }
 
-const std::array<const char*, 3>* VectorChannels(const std::string& transformType) {
+const std::array<const char*, 3>* VectorChannels(std::string_view transformType) {
   static constexpr std::pair<const char*, std::array<const char*, 3>> kChannels[] = {
       {"translation", {"pos.X", "pos.Y", "pos.Z"}},
       {"rotation", {"rot.X", "rot.Y", "rot.Z"}},
@@ -224,16 +225,16 @@ const std::array<const char*, 3>* VectorChannels(const std::string& transformTyp
   return nullptr;
 }
 
-double VectorUnit(const std::string& transformType) { return transformType == "rotation" ? kRadiansPerDegree : 1; }
+double VectorUnit(std::string_view transformType) { return transformType == "rotation" ? kRadiansPerDegree : 1; }
 
 void ReadTransformValue(const Json& value, headless::ItemData& transform) {
   const std::array<const char*, 3>* names = VectorChannels(transform.type);
-  if (!names) Fail(value, "an item of type \"" + transform.type + "\" has no value of three numbers");
+  if (!names) Fail(value, "an item of type \"" + std::string(transform.type) + "\" has no value of three numbers");
   const VectorData vector = ReadVector(value, VectorUnit(transform.type));
   for (std::size_t i = 0; i < 3; ++i) {
     ChannelData& channel = ChannelOf(transform, (*names)[i], double{0});
     channel.setup = vector.value[i];
-    if (vector.envelopes) channel.envelope = (*vector.envelopes)[i];
+    if (vector.envelopes) channel.extras.Make().envelope = (*vector.envelopes)[i];
   }
 }
 

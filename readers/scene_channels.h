@@ -5,6 +5,7 @@
 #include "readers/scene_json.h"
 
 #include <array>
+#include <string_view>
 
 namespace readers {
 
@@ -27,12 +28,12 @@ struct VectorData {
 VectorData ReadVector(const Json& value, double unit);
 
 // Names of the three channels of a transform item, null for types without them.
-const std::array<const char*, 3>* VectorChannels(const std::string& transformType);
+const std::array<const char*, 3>* VectorChannels(std::string_view transformType);
 
 // Sets the three channels of a transform item from a vector; a rotation's is in degrees.
 void ReadTransformValue(const Json& value, headless::ItemData& transform);
 
 // What a vector's numbers are multiplied by for a transform item: rotations are typed in degrees.
-double VectorUnit(const std::string& transformType);
+double VectorUnit(std::string_view transformType);
 
 }  // namespace readers

@@ -58,10 +58,11 @@ void ReadRotationOrder(const Json& value, ItemData& rotation) {
 void FillCommon(const SceneParts& parts, const Json& json, ItemData& item) {
   if (const Json* channels = Find(json, "channels")) ReadChannels(*channels, item);
   if (const Json* packages = Find(json, "packages")) {
-    for (const Json& package : ReadList(*packages).GetArray()) item.packages.push_back(ReadText(package));
+    for (const Json& package : ReadList(*packages).GetArray())
+      item.extras.Make().packages.push_back(ReadText(package));
   }
   if (const Json* tags = Find(json, "tags")) {
-    for (const auto& tag : tags->GetObject()) item.tags[ReadFourCC(tag.name)] = ReadText(tag.value);
+    for (const auto& tag : tags->GetObject()) item.extras.Make().tags[ReadFourCC(tag.name)] = ReadText(tag.value);
   }
   if (const Json* matrix = Find(json, "matrix")) item.matrix = ReadMatrix(*matrix);
   if (const Json* other = Find(json, "inverseOf")) item.inverseOf = parts.items.Find(*other);
@@ -149,7 +150,7 @@ void FillMesh(const SceneParts& parts, const Json& value, ItemData& item) {
 void MakeActor(const SceneParts& parts, const Json& key, ItemIndex index) {
   ItemData& item = parts.scene.items[At(index)];
   RequireType(parts, item, "group", key);
-  item.tags.emplace(kTagGroupType, "actor");
+  item.extras.Make().tags.emplace(kTagGroupType, "actor");
   const auto& items = parts.scene.items;
   const auto sceneItem =
       std::find_if(items.begin(), items.end(), [](const ItemData& one) { return one.type == "scene"; });
@@ -172,7 +173,7 @@ void FillItemObject(const SceneParts& parts, ItemIndex index, const Json& json) 
   if (const Json* image = Find(json, "image")) item.imagePath = ReadText(*image);
   if (const Json* locator = Find(json, "textureLocator")) item.textureLocator = parts.items.Find(*locator);
   if (const Json* joint = Find(json, "joint")) item.deformationItem = parts.items.Find(*joint);
-  if (const Json* map = Find(json, "weightMap")) item.weightMap = ReadText(*map);
+  if (const Json* map = Find(json, "weightMap")) item.extras.Make().weightMap = ReadText(*map);
   if (const Json* deformers = Find(json, "deformers")) {
     for (const ItemIndex deformer : parts.items.FindAll(*deformers)) {
       parts.scene.graphs["deformers"].emplace_back(deformer, index);

@@ -80,7 +80,7 @@ void ItemWriter::Write() {
   }
   WriteReference("textureLocator", item_.textureLocator);
   WriteReference("joint", item_.deformationItem);
-  if (!item_.weightMap.empty()) WriteText("weightMap", item_.weightMap);
+  if (!item_.extras->weightMap.empty()) WriteText("weightMap", item_.extras->weightMap);
   WriteDeformGroup();
   WriteGroup();
   WriteClip();
@@ -111,7 +111,7 @@ void ItemWriter::WriteChildOrder() {
   const auto& items = out_.scene.items;
   std::vector<ItemIndex> children;
   std::unordered_set<ItemIndex> known;
-  for (const ItemIndex child : item_.childOrder) {
+  for (const ItemIndex child : item_.extras->childOrder) {
     const bool isOwn = child >= 0 && At(child) < items.size() && items[At(child)].parent == index_;
     if (isOwn && known.insert(child).second) children.push_back(child);
   }
@@ -121,16 +121,16 @@ void ItemWriter::WriteChildOrder() {
 }
 
 void ItemWriter::WriteLabels() {
-  if (!item_.packages.empty()) {
+  if (!item_.extras->packages.empty()) {
     text_.Key("packages");
     text_.BeginList(Layout::Filled);
-    for (const std::string& package : item_.packages) text_.Text(package);
+    for (const std::string& package : item_.extras->packages) text_.Text(package);
     text_.EndList();
   }
-  if (item_.tags.empty()) return;
+  if (item_.extras->tags.empty()) return;
   text_.Key("tags");
   text_.BeginObject(Layout::Filled);
-  for (const auto& [code, value] : item_.tags) WriteText(FourCCText(code).c_str(), value);
+  for (const auto& [code, value] : item_.extras->tags) WriteText(FourCCText(code).c_str(), value);
   text_.EndObject();
 }
 
@@ -286,7 +286,8 @@ void ItemWriter::WriteClip() {
         text_.Key("value");
         WriteChannelValue(text_, *value, setup);
       } else {
-        if (std::holds_alternative<headless::SharedText>(setup)) throw WriteFault{"has keys for a channel of texts"};
+        if (std::holds_alternative<headless::SharedText>(setup))
+          throw WriteFault{"has keys for a channel of texts"};
         text_.Key("keys");
         WriteEnvelope(text_, std::get<headless::EnvelopeData>(held));
       }

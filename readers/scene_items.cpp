@@ -208,7 +208,7 @@ void SceneItems::SetParents() {
 
 void SceneItems::SetChildren(const Json& children, ItemIndex parent) {
   if (std::none_of(children.Begin(), children.End(), [](const Json& child) { return child.IsString(); })) return;
-  std::vector<ItemIndex>& order = scene_.items[At(parent)].childOrder;
+  std::vector<ItemIndex>& order = scene_.items[At(parent)].extras.Make().childOrder;
   std::unordered_set<ItemIndex> seen;
   for (const Json& child : children.GetArray()) {
     const ItemIndex index = Find(child);

@@ -165,7 +165,7 @@ TEST(Actors, WarnsOfAnimatedItemsWithoutNode) {
   headless::SetChannel(At(scene, light), "one", 0.0);
   headless::SetChannel(At(scene, light), "two", 0.0);
   for (const char* name : {"one", "two"})
-    Channel(scene, NamedChannel(scene, light, name)).setupEnvelope = Line(0, 0, 1, 1);
+    Channel(scene, NamedChannel(scene, light, name)).extras.Make().setupEnvelope = Line(0, 0, 1, 1);
   const ItemIndex still = headless::AddItem(scene, "light", "still");
   auto& items = At(scene, actor.actor).group->items;
   items.push_back(light);

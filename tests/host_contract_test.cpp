@@ -101,8 +101,8 @@ TEST(Items, IdentityAndHierarchy) {
   const ItemIndex parent = AddItem(scene, "locator", "same");
   const ItemIndex first = AddItem(scene, "locator", "same", parent),
                   second = AddItem(scene, "camera", "c", parent);
-  At(scene, second).packages = {"ik.joint"};
-  At(scene, second).tags[kTagGroupType] = "actor";
+  At(scene, second).extras.Make().packages = {"ik.joint"};
+  At(scene, second).extras.Make().tags[kTagGroupType] = "actor";
   HostRig rig(scene);
   std::uint32_t count = 0;
   CZyUser_Item item;
@@ -198,7 +198,7 @@ TEST(Channels, Conversions) {
   for (const Case& given : cases) {
     SceneData scene = MakeScene();
     SetChannel(At(scene, 0), "value", given.value);
-    At(scene, 0).channels.back().readable = given.readable;
+    At(scene, 0).channels.back().extras.Make().readable = given.readable;
     const HostRig rig(scene);
     const CZyUser_ChannelRead read = rig.Read(State::Edit);
     const std::int32_t channel = rig.Channel(0, "value");
@@ -298,7 +298,7 @@ TEST(Graphs, LinksInOrderBothWays) {
 TEST(Graphs, ChannelLinkCounts) {
   SceneData scene = MakeScene();
   const ItemIndex a = AddItem(scene, "locator", "a"), b = AddItem(scene, "locator", "b");
-  At(scene, b).channels[2].linkCount = 9;
+  At(scene, b).channels[2].extras.Make().linkCount = 9;
   scene.channelLinks = {{{a, 0}, {b, 3}}, {{a, 1}, {b, 3}}, {{a, 3}, {b, 2}}, {{a, 99}, {b, 4}}};
   const HostRig rig(scene);
   CZyUser_ChannelGraph graph;
@@ -350,7 +350,7 @@ TEST(Deformers, WeightsFromMapsAndRecordings) {
   std::vector<ItemIndex> deformers;
   for (const char* map : {"right", "", "left"}) {
     deformers.push_back(AddItem(scene, "weightMapDeformer", map));
-    At(scene, deformers.back()).weightMap = map;
+    At(scene, deformers.back()).extras.Make().weightMap = map;
   }
   At(scene, deformers[0]).deformationItem = joint;
   DeformGroupData& data = *At(scene, group).deformGroup;

@@ -154,7 +154,7 @@ TEST(Envelopes, CubicSegments) {
   SceneData scene = MakeScene();
   const ItemIndex item = AddItem(scene, "locator", "curve");
   SetChannel(At(scene, item), "value", 0.0);
-  ChannelOf(scene, item, "value").envelope = curve;
+  ChannelOf(scene, item, "value").extras.Make().envelope = curve;
   const HostRig rig(scene);
   for (double t = -1; t <= 3; t += 0.125) EXPECT_NEAR(rig.Number(item, "value", State::Evaluated, t), f(t), 1e-12);
   EXPECT_NEAR(rig.Number(item, "value", State::Evaluated, -3), f(-1) - 2 * slope(-1), 1e-12);
@@ -192,7 +192,7 @@ TEST(Envelopes, InsideAndOutside) {
     EnvelopeData curve = Keys({{1, 10}, {2, 20}, {4, 0}});
     for (KeyData& key : curve.keys) key.interpolation = given.interpolation;
     curve.before = curve.after = given.outside;
-    ChannelOf(scene, 0, "time").envelope = curve;
+    ChannelOf(scene, 0, "time").extras.Make().envelope = curve;
     EXPECT_NEAR(HostRig(scene).Number(0, "time", State::Evaluated, given.time), given.value, 1e-12)
         << given.time << " outside " << static_cast<int>(given.outside);
   }
@@ -202,7 +202,7 @@ TEST(Envelopes, OneKeyHoldsEverywhere) {
   SceneData scene = MakeScene();
   EnvelopeData curve = Keys({{1, 7}});
   curve.before = curve.after = Extrapolation::Repeat;
-  ChannelOf(scene, 0, "time").envelope = curve;
+  ChannelOf(scene, 0, "time").extras.Make().envelope = curve;
   const HostRig rig(scene);
   for (const double time : {-2.0, 1.0, 5.0}) EXPECT_EQ(rig.Number(0, "time", State::Evaluated, time), 7);
 }
@@ -222,9 +222,9 @@ TEST(Layers, ValuesAndCurvesByState) {
     SceneData scene = MakeScene();
     ChannelData& channel = ChannelOf(scene, 0, "time");
     channel.setup = 1.0;
-    if (given.edit) channel.edit = *given.edit;
-    if (given.setupCurve) channel.setupEnvelope = Keys({{0, *given.setupCurve}});
-    if (given.curve) channel.envelope = Keys({{0, *given.curve}});
+    if (given.edit) channel.extras.Make().edit = *given.edit;
+    if (given.setupCurve) channel.extras.Make().setupEnvelope = Keys({{0, *given.setupCurve}});
+    if (given.curve) channel.extras.Make().envelope = Keys({{0, *given.curve}});
     const HostRig rig(scene);
     const std::int32_t index = rig.Channel(0, "time");
     for (const State state : {State::Setup, State::Bind, State::Edit, State::Evaluated}) {
@@ -241,8 +241,8 @@ TEST(Layers, ValuesAndCurvesByState) {
 
 TEST(Layers, KeyframeCursor) {
   SceneData scene = MakeScene();
-  ChannelOf(scene, 0, "time").envelope = Keys({{0.5, 1}, {2, 3}, {7.25, 4}});
-  ChannelOf(scene, 0, "fps").envelope = EnvelopeData();
+  ChannelOf(scene, 0, "time").extras.Make().envelope = Keys({{0.5, 1}, {2, 3}, {7.25, 4}});
+  ChannelOf(scene, 0, "fps").extras.Make().envelope = EnvelopeData();
   const HostRig rig(scene);
   CZyUser_Envelope envelope;
   CZyUser_Keyframe cursor;
@@ -276,7 +276,7 @@ TEST(Clips, SwapValuesInAndOut) {
   At(scene, walk).clip->active = true;
   At(scene, other).clip->active = true;
   At(scene, other).clip->enabled = false;
-  ChannelOf(scene, position, "pos.X").envelope = Keys({{0, 100}});
+  ChannelOf(scene, position, "pos.X").extras.Make().envelope = Keys({{0, 100}});
 
   const HostRig rig(scene);
   CZyUser_ActionClip runClip, walkClip, otherClip;
@@ -312,7 +312,7 @@ TEST(Links, DriveNumbers) {
   for (const char* name : {"a", "b", "c", "x", "y", "self"}) SetChannel(At(scene, item), name, 1.0);
   SetChannel(At(scene, item), "count", std::int32_t{0});
   SetChannel(At(scene, item), "text", std::string("t"));
-  ChannelOf(scene, item, "a").envelope = Keys({{0, 0}, {1, 8}});
+  ChannelOf(scene, item, "a").extras.Make().envelope = Keys({{0, 0}, {1, 8}});
   const auto link = [&](const char* from, const char* to, double factor, double offset) {
     scene.channelLinks.push_back({Ref(scene, item, from), Ref(scene, item, to), factor, offset});
   };
@@ -339,7 +339,7 @@ TEST(Links, AChainFollowsTimeLayerAndClips) {
   const ItemIndex item = AddItem(scene, "locator", "driven");
   const auto name = [](int place) { return "c" + std::to_string(place); };
   for (int place = 0; place <= kLength; ++place) SetChannel(At(scene, item), name(place), 0.0);
-  ChannelOf(scene, item, name(0)).envelope = Keys({{0, 0}, {1, 100}});
+  ChannelOf(scene, item, name(0)).extras.Make().envelope = Keys({{0, 0}, {1, 100}});
   for (int place = kLength; place > 0; --place)
     scene.channelLinks.push_back({Ref(scene, item, name(place - 1)), Ref(scene, item, name(place)), 1, 1});
   const ItemIndex clip = AddItem(scene, "actionclip", "clip");
@@ -438,7 +438,7 @@ TEST(ChannelReads, KeepTheirOwnTime) {
   const ItemIndex item = AddPlaced(scene, {0, 0, 0});
   EnvelopeData curve = Keys({{0, 0}, {1, 1}});
   curve.after = Extrapolation::Linear;
-  ChannelOf(scene, item + 1, "pos.X").envelope = curve;
+  ChannelOf(scene, item + 1, "pos.X").extras.Make().envelope = curve;
   const HostRig rig(scene);
   const CZyUser_ChannelRead early = rig.Read(State::Evaluated, 0.25);
   EXPECT_EQ(rig.World(item, early)(3, 0), 0.25);

@@ -157,8 +157,8 @@ TEST(MaterialChannels, UnreadableChannelsKeepFields) {
   const ItemIndex orvo = AddBareShader(scene, mask, {{"dissAmt", 0.5}, {"dblSided", 1}}, "advancedMaterial");
   const ItemIndex shader = AddBareShader(scene, mask, values);
   scene.Set(shader, "emissive.R", 0.5);
-  for (const auto& [name, value] : values) scene.Channel(shader, name).readable = false;
-  for (const char* name : {"dissAmt", "dblSided"}) scene.Channel(orvo, name).readable = false;
+  for (const auto& [name, value] : values) scene.Channel(shader, name).extras.Make().readable = false;
+  for (const char* name : {"dissAmt", "dblSided"}) scene.Channel(orvo, name).extras.Make().readable = false;
   MaterialRun run(scene);
   EXPECT_EQ(Values(run.Resolve("tag")),
             "model 0 base 1 1 1 1 metallic 1 roughness 1 emissive 0.5 0 0 alpha 0 cutoff 0.5 double 0 normal 1 "
@@ -172,7 +172,7 @@ TEST(ShaderTree, DisabledMaskOrShaderGivesDefaults) {
     ShaderScene scene;
     const ItemIndex mask = scene.AddMask("tag");
     const ItemIndex shader = scene.Add("glTFShader", "shader", mask, {{"metallic", 0.25}});
-    scene.Channel(maskOff ? mask : shader, "enable").edit = headless::ChannelValue(maskOff ? 0 : -1);
+    scene.Channel(maskOff ? mask : shader, "enable").extras.Make().edit = headless::ChannelValue(maskOff ? 0 : -1);
     MaterialRun run(scene);
     EXPECT_EQ(Values(run.Resolve("tag")), kDefaults);
     EXPECT_THAT(run.TakeLog(), ElementsAre("info|Found mask:tag ptag:tag ptype:Material", kNoLayerWarning));

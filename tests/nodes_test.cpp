@@ -179,7 +179,7 @@ TEST(Nodes, MatricesHoldAtTheTimeOfTheScene) {
   const ItemIndex child = scene.Add("locator", "Child", parent);
   headless::EnvelopeData rise;
   rise.keys = {{0, 0}, {4, 8}};
-  scene.Channel(scene.Move(child, 1, 0, 3), "pos.Y").envelope = rise;
+  scene.Channel(scene.Move(child, 1, 0, 3), "pos.Y").extras.Make().envelope = rise;
   ScanRig rig(scene.data);
   rig.Build();
   Matrix4 expected;
@@ -303,10 +303,10 @@ TEST(Nodes, LinksAreCounted) {
   SceneBuilder scene;
   const ItemIndex item = scene.Add("locator", "L");
   const ItemIndex position = scene.Move(item, 0, 0, 0);
-  scene.Channel(item, "wposMatrix").linkCount = 1;
-  scene.Channel(item, "worldMatrix").linkCount = 3;
-  scene.Channel(item, "parentMatrix").linkCount = 2;
-  scene.Channel(position, "pos.Y").linkCount = 1;
+  scene.Channel(item, "wposMatrix").extras.Make().linkCount = 1;
+  scene.Channel(item, "worldMatrix").extras.Make().linkCount = 3;
+  scene.Channel(item, "parentMatrix").extras.Make().linkCount = 2;
+  scene.Channel(position, "pos.Y").extras.Make().linkCount = 1;
   ScanRig rig(scene.data);
   const TransformInfo& info = rig.Build().transformInfoByItem.begin()->second;
   EXPECT_EQ(info.drivenWpos, 1);

@@ -139,7 +139,7 @@ TEST(SaveRoad, ARefusalIsTheResultOfAFinishedSave) {
 
 TEST(SaveRoad, AFailureKeptByTheFrameIsTheResult) {
   SceneBuilder scene = SceneWithErrors(0);
-  scene.Channel(scene.AddTriangle("Broken"), "mesh").readable = false;
+  scene.Channel(scene.AddTriangle("Broken"), "mesh").extras.Make().readable = false;
   const SaveRun run = RunSave(scene.data);
   EXPECT_TRUE(ZyFailed(run.result));
   EXPECT_TRUE(std::filesystem::exists(run.output));

@@ -197,7 +197,7 @@ TEST(Scan, EnabledMasksAreKnownByTheirTags) {
   add("Later", "Red", 1);
   add("Off", "Blue", 0);
   add("Negative", "Green", -1);
-  scene.Channel(add("Unreadable", "Grey", 1), "enable").readable = false;
+  scene.Channel(add("Unreadable", "Grey", 1), "enable").extras.Make().readable = false;
   std::erase_if(scene.Item(add("Without", "", 1)).channels,
                 [](const auto& channel) { return channel.name == "ptag"; });
   const ItemIndex noEnable = add("NoEnable", "White", 1);
@@ -247,9 +247,9 @@ TEST(Scan, IkItemsAreTheWholeSubtreeOfTheRoots) {
   const ItemIndex lower = scene.Add("locator", "Lower", upper);
   const ItemIndex prop = scene.AddTriangle("Prop", root);
   scene.Add("locator", "Elsewhere");
-  scene.Item(upper).packages = scene.Item(lower).packages = {"ik.joint"};
+  scene.Item(upper).extras.Make().packages = scene.Item(lower).extras.Make().packages = {"ik.joint"};
   const ItemIndex solver = scene.Add("ikFullBody", "Solver", root);
-  scene.Item(solver).packages = {"ik.joint"};  // no locator, so no joint
+  scene.Item(solver).extras.Make().packages = {"ik.joint"};  // no locator, so no joint
   ScanRig rig(scene.data);
   EXPECT_THAT(rig.Scan().ikItems,
               ElementsAre(rig.Item(root), rig.Item(upper), rig.Item(prop), rig.Item(solver), rig.Item(lower)));
@@ -271,7 +271,7 @@ TEST(Scan, OnlyTheFirstActorIsLoaded) {
   SceneBuilder scene;
   const auto addGroup = [&](const char* name, const char* tag, const char* type = "group") {
     const ItemIndex group = scene.Add(type, name);
-    if (tag) scene.Item(group).tags[kTagGroupType] = tag;
+    if (tag) scene.Item(group).extras.Make().tags[kTagGroupType] = tag;
     scene.data.graphs["currentGroups"].emplace_back(0, group);
     return group;
   };
@@ -298,7 +298,7 @@ TEST(Scan, ChannelNumbersComeFromTheLastLocatorWalked) {
   scene.Add("locator", "Bare");
   const ItemIndex settled = scene.Add("locator", "Settled");
   auto& channels = scene.Item(settled).channels;
-  channels.insert(channels.begin(), headless::ChannelData{"extra", 0, {}, {}, {}, true, {}});
+  channels.insert(channels.begin(), headless::ChannelData{"extra", 0, {}});
   std::erase_if(channels, [](const auto& channel) { return channel.name == "wsclMatrix"; });
   // A position item without the wanted channels leaves the search to the rotation.
   const ItemIndex position = headless::AddTransform(scene.data, settled, "translation", "T");

@@ -315,7 +315,7 @@ TEST(SceneFile, OrdersItemsAndGivesIds) {
                                       "Leg#1", "Late", "Top", "A", "B", "Camera", "C"));
   const ItemData& top = Item(scene, "Top");
   EXPECT_EQ(top.name, "Table");
-  EXPECT_THAT(IdsOf(scene, top.childOrder), ElementsAre("B", "Late", "A"));
+  EXPECT_THAT(IdsOf(scene, top.extras->childOrder), ElementsAre("B", "Late", "A"));
   for (const char* child : {"A", "B", "C", "Late"})
     EXPECT_EQ(IdOf(scene, Item(scene, child).parent), "Top") << child;
   EXPECT_EQ(IdOf(scene, Item(scene, "Leg#3").parent), "Table");
@@ -357,9 +357,9 @@ TEST(SceneFile, StacksTransformsAsListed) {
   EXPECT_EQ(IdOf(scene, Item(scene, "L.transform").inverseOf), "L.RotPivot");
   const ItemData& flat = Item(scene, "Flat");
   EXPECT_THAT(ChannelNames(flat), ElementsAre("pos.Z", "pos.X"));
-  EXPECT_EQ(flat.channels[1].linkCount, 3u);
-  EXPECT_FALSE(flat.channels[1].readable);
-  const auto& turn = *Channel(Item(scene, "L.rotation"), "rot.X").envelope;
+  EXPECT_EQ(flat.channels[1].extras->linkCount, 3u);
+  EXPECT_FALSE(flat.channels[1].extras->readable);
+  const auto& turn = *Channel(Item(scene, "L.rotation"), "rot.X").extras->envelope;
   EXPECT_EQ(turn.keys.at(1).value, std::numbers::pi);
   EXPECT_EQ(turn.keys[1].interpolation, headless::Interpolation::Step);
   EXPECT_EQ(turn.after, headless::Extrapolation::Repeat);
@@ -398,13 +398,13 @@ TEST(SceneFile, KeepsSettingsGraphsAndReferences) {
   EXPECT_EQ(scene.channelLinks[0].factor + scene.channelLinks[0].offset, 1);
 
   const ItemData& a = Item(scene, "a");
-  EXPECT_THAT(a.packages, ElementsAre("ik.joint"));
-  EXPECT_EQ(a.tags.at(kMapRgb), "t");
+  EXPECT_THAT(a.extras->packages, ElementsAre("ik.joint"));
+  EXPECT_EQ(a.extras->tags.at(kMapRgb), "t");
   EXPECT_FALSE(a.world->bind);
   EXPECT_TRUE(a.world->linear);
   EXPECT_EQ(a.world->keys.at(1).matrix.m[12], 5);
   const ItemData& actor = Item(scene, "g");
-  EXPECT_EQ(actor.tags.at(kTagGroupType), "actor");
+  EXPECT_EQ(actor.extras->tags.at(kTagGroupType), "actor");
   EXPECT_THAT(IdsOf(scene, actor.group->items), ElementsAre("a", "c"));
   EXPECT_EQ(actor.group->channels.at(0).channel, 3);
   const headless::ClipData& clip = *Item(scene, "c").clip;
@@ -503,7 +503,7 @@ TEST(SceneFile, ReadsTheDocumentedExample) {
               ElementsAre("scene", "House", "House.position", "Door", "Door.rotation", "Eye", "Eye.position",
                           "Render", "Wood", "Wood shader", "Grain", "grainPlace", "Porter", "Open"));
   EXPECT_EQ(Item(scene, "Door").mesh->PointCount(), 4u);
-  EXPECT_EQ(Channel(Item(scene, "Door.rotation"), "rot.Y").envelope->keys.size(), 2u);
+  EXPECT_EQ(Channel(Item(scene, "Door.rotation"), "rot.Y").extras->envelope->keys.size(), 2u);
   EXPECT_EQ(IdOf(scene, Item(scene, "Grain").textureLocator), "grainPlace");
   EXPECT_EQ(Item(scene, "Open").clip->channels.size(), 3u);
   EXPECT_THAT(IdsOf(scene, scene.selection), ElementsAre("House"));

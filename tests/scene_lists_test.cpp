@@ -136,7 +136,7 @@ TEST(LongLists, HoldWhatShortOnesHold) {
   EXPECT_EQ(mesh.maps[0].pointValues[89], headless::kNone);
   EXPECT_EQ(mesh.maps[1].pointValues[89], headless::kNone);
   EXPECT_EQ(mesh.maps[1].pointValues[99], 1u);
-  const headless::EnvelopeData& envelope = *item.channels.back().envelope;
+  const headless::EnvelopeData& envelope = *item.channels.back().extras->envelope;
   ASSERT_EQ(envelope.keys.size(), 100u);
   EXPECT_TRUE(std::signbit(envelope.keys[99].value));
   const headless::RecordedInfluences& influences = *scene.items[3].deformGroup->influences.at(0);

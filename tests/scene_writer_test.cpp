@@ -114,10 +114,11 @@ void AddOddChannels(ItemData& item) {
   headless::SetChannel(item, "text \"\\\n\x01/", std::string("\t\xE2\x82\xAC"));
   headless::SetChannel(item, "all", 3.0);
   auto& all = item.channels.back();
-  all.edit = -0.0;
-  all.envelope = all.setupEnvelope = envelope;
-  all.readable = false;
-  all.linkCount = 0xFFFFFFFFu;
+  headless::ChannelExtras& extras = all.extras.Make();
+  extras.edit = -0.0;
+  extras.envelope = extras.setupEnvelope = envelope;
+  extras.readable = false;
+  extras.linkCount = 0xFFFFFFFFu;
 }
 
 SceneData OddScene() {
@@ -135,13 +136,13 @@ SceneData OddScene() {
   const ItemIndex image = headless::AddItem(scene, "imageMap", "Image");
   const ItemIndex matrix = headless::AddItem(scene, "transform", "Inverse");
   At(scene, first).mesh = At(scene, second).mesh = OddMesh();
-  At(scene, first).childOrder = {bone, second};
+  At(scene, first).extras.Make().childOrder = {bone, second};
   At(scene, first).hasLocator = false;
   At(scene, second).world.emplace().keys = {{0.1, OddMatrix(1e-310)}, {0.2, OddMatrix(3)}};
   At(scene, second).world->linear = true;
   At(scene, bone).world.emplace().bind = OddMatrix(2);
-  At(scene, bone).packages = {"ik.joint", "ik.joint"};
-  At(scene, bone).tags = {{kTagGroupType, "x"}, {0x000000FF, "odd"}, {FourCC("A   "), ""}};
+  At(scene, bone).extras.Make().packages = {"ik.joint", "ik.joint"};
+  At(scene, bone).extras.Make().tags = {{kTagGroupType, "x"}, {0x000000FF, "odd"}, {FourCC("A   "), ""}};
   At(scene, bone).mainTransforms = {-1, move, -1};
   AddOddChannels(At(scene, turn));
   At(scene, move).channels.erase(At(scene, move).channels.begin());
@@ -151,12 +152,12 @@ SceneData OddScene() {
   At(scene, group).deformGroup->influences[1] = {std::vector<std::uint32_t>{0, 1, 1, 1},
                                                  std::vector<std::uint32_t>{0}, std::vector<float>{0.1f}};
   At(scene, deformer).deformationItem = bone;
-  At(scene, deformer).weightMap = "w";
+  At(scene, deformer).extras.Make().weightMap = "w";
   At(scene, actor).group = headless::GroupData{{clip, clip}, {{turn, 1}, {move, 2}}};
   At(scene, clip).clip->exportTag = "T";
   At(scene, clip).clip->enabled = false;
   At(scene, clip).clip->channels = {{{turn, 0}, headless::ChannelValue(2.0)},
-                                    {{turn, 1}, *At(scene, turn).channels.back().envelope},
+                                    {{turn, 1}, *At(scene, turn).channels.back().extras->envelope},
                                     {{image, headless::FindChannel(At(scene, image), "effect")},
                                      headless::ChannelValue(std::string("dissolve"))}};
   At(scene, image).imagePath = "";

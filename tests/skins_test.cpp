@@ -138,7 +138,7 @@ std::string Overflow(const std::string& skin) {
 TEST(GroupSkin, TakesJointsAndWeights) {
   SkinScene s(2);
   // The bind pose is that of the setup, whatever the edit layer holds.
-  Channel(s.scene, Component(s.scene, s.joints[0].position, Axis::Y)).edit = 50.0;
+  Channel(s.scene, Component(s.scene, s.joints[0].position, Axis::Y)).extras.Make().edit = 50.0;
   s.AddGroup("Arm", {s.body}, {Influences({{{1, 0.5F}, {0, 2}}, {}, {{1, 0}}, {{0, 1}}})});
   const SkinSave save(std::move(s.scene));
   ASSERT_EQ(save.Skins().size(), 1u);
@@ -241,8 +241,8 @@ TEST(GroupSkin, ReadsWeightMaps) {
   SkinScene s(2, MakeMesh({WeightMap("w0", {{0, 0.25F}, {3, 1}}), WeightMap("w1", {{0, 0.75F}})}));
   const ItemIndex group = s.AddGroup("Arm", {s.body}, {});
   const auto& deformers = At(s.scene, group).deformGroup->deformers;
-  At(s.scene, deformers[0]).weightMap = "w0";
-  At(s.scene, deformers[1]).weightMap = "w1";
+  At(s.scene, deformers[0]).extras.Make().weightMap = "w0";
+  At(s.scene, deformers[1]).extras.Make().weightMap = "w1";
   const SkinSave save(std::move(s.scene));
   EXPECT_EQ(InfluencesOf(*save.Skins().at(0), 0), (Pairs{{0, 0.25F}, {1, 0.75F}}));
   EXPECT_EQ(InfluencesOf(*save.Skins()[0], 3), (Pairs{{0, 1}}));

@@ -60,7 +60,7 @@ TEST(Texture, TakesPlacementFromLocator) {
       if (locator != Locator::Bare) {
         for (const auto& [name, value] : kPlacement) {
           scene.Set(item, name, value);
-          scene.Channel(item, name).readable = locator == Locator::Full;
+          scene.Channel(item, name).extras.Make().readable = locator == Locator::Full;
         }
       }
     }

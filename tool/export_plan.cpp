@@ -45,8 +45,10 @@ double SceneNumber(const headless::SceneData& scene, const char* name) {
 std::uint64_t CountKeyedItems(const headless::SceneData& scene) {
   return static_cast<std::uint64_t>(
       std::count_if(scene.items.begin(), scene.items.end(), [](const headless::ItemData& item) {
-        return item.world || std::any_of(item.channels.begin(), item.channels.end(),
-                                         [](const headless::ChannelData& channel) { return channel.envelope; });
+        return item.world ||
+               std::any_of(item.channels.begin(), item.channels.end(), [](const headless::ChannelData& channel) {
+                 return channel.extras->envelope.has_value();
+               });
       }));
 }
 
@@ -62,7 +64,7 @@ double RateOf(const headless::SceneData& scene) {
 bool IsAnimated(const headless::ItemData& item) {
   return item.type == "ikFullBody" ||
          std::any_of(item.channels.begin(), item.channels.end(), [](const headless::ChannelData& channel) {
-           return channel.envelope || channel.setupEnvelope || channel.linkCount;
+           return channel.extras->envelope || channel.extras->setupEnvelope || channel.extras->linkCount;
          });
 }
 

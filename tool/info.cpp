@@ -51,7 +51,7 @@ void PrintMesh(const ItemData& item) {
 std::size_t CountKeyedChannels(const SceneData& scene) {
   std::size_t count = 0;
   for (const ItemData& item : scene.items)
-    for (const headless::ChannelData& channel : item.channels) count += channel.envelope.has_value();
+    for (const headless::ChannelData& channel : item.channels) count += channel.extras->envelope.has_value();
   return count;
 }
 

@@ -89,7 +89,7 @@ bool IsHidden(const headless::ItemData& item) {
   const std::int32_t place = headless::FindChannel(item, "visible");
   if (!item.mesh || item.mesh->PointCount() == 0 || place < 0) return false;
   const headless::ChannelData& channel = item.channels[static_cast<std::size_t>(place)];
-  const headless::ChannelValue& value = channel.edit ? *channel.edit : channel.setup;
+  const headless::ChannelValue& value = channel.extras->edit ? *channel.extras->edit : channel.setup;
   const auto* number = std::get_if<std::int32_t>(&value);
   return number && *number != 0;
 }

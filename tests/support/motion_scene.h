@@ -74,7 +74,7 @@ inline headless::EnvelopeData Line(double time0, double value0, double time1, do
 }
 
 inline void Key(SceneData& scene, ItemIndex transform, Axis axis, headless::EnvelopeData envelope) {
-  Channel(scene, Component(scene, transform, axis)).envelope = std::move(envelope);
+  Channel(scene, Component(scene, transform, axis)).extras.Make().envelope = std::move(envelope);
 }
 
 inline void Place(SceneData& scene, ItemIndex transform, double x, double y, double z) {
@@ -90,7 +90,7 @@ inline ChannelRef NamedChannel(SceneData& scene, ItemIndex item, const std::stri
 // A group tagged as the actor of the scene.
 inline ItemIndex AddActor(SceneData& scene, ItemIndex sceneItem, const std::string& name) {
   const ItemIndex actor = headless::AddItem(scene, "group", name);
-  At(scene, actor).tags[kTagGroupType] = "actor";
+  At(scene, actor).extras.Make().tags[kTagGroupType] = "actor";
   At(scene, actor).group.emplace();
   scene.graphs["currentGroups"].emplace_back(sceneItem, actor);
   return actor;

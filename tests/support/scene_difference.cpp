@@ -91,11 +91,11 @@ void CompareRef(const ChannelRef& one, const ChannelRef& other) {
 void CompareChannel(const ChannelData& one, const ChannelData& other) {
   Field("name", one.name, other.name);
   At("setup", [&] { CompareValue(one.setup, other.setup); });
-  Maybe("edit", one.edit, other.edit, CompareValue);
-  Maybe("setupEnvelope", one.setupEnvelope, other.setupEnvelope, CompareEnvelope);
-  Maybe("envelope", one.envelope, other.envelope, CompareEnvelope);
-  Field("readable", one.readable, other.readable);
-  Field("linkCount", one.linkCount, other.linkCount);
+  Maybe("edit", one.extras->edit, other.extras->edit, CompareValue);
+  Maybe("setupEnvelope", one.extras->setupEnvelope, other.extras->setupEnvelope, CompareEnvelope);
+  Maybe("envelope", one.extras->envelope, other.extras->envelope, CompareEnvelope);
+  Field("readable", one.extras->readable, other.extras->readable);
+  Field("linkCount", one.extras->linkCount, other.extras->linkCount);
 }
 
 void CompareTag(const PolygonTagData& one, const PolygonTagData& other) {
@@ -165,10 +165,10 @@ void CompareItem(const ItemData& one, const ItemData& other) {
   Field("type", one.type, other.type);
   Field("name", one.name, other.name);
   Field("parent", one.parent, other.parent);
-  Field("childOrder", one.childOrder, other.childOrder);
+  Field("childOrder", one.extras->childOrder, other.extras->childOrder);
   Each("channels", one.channels, other.channels, CompareChannel);
-  Field("packages", one.packages, other.packages);
-  Field("tags", one.tags, other.tags);
+  Field("packages", one.extras->packages, other.extras->packages);
+  Field("tags", one.extras->tags, other.extras->tags);
   Field("hasLocator", one.hasLocator, other.hasLocator);
   Field("mainTransforms", one.mainTransforms, other.mainTransforms);
   Maybe("world", one.world, other.world, CompareWorld);
@@ -180,7 +180,7 @@ void CompareItem(const ItemData& one, const ItemData& other) {
   Field("imagePath", one.imagePath, other.imagePath);
   Field("textureLocator", one.textureLocator, other.textureLocator);
   Field("deformationItem", one.deformationItem, other.deformationItem);
-  Field("weightMap", one.weightMap, other.weightMap);
+  Field("weightMap", one.extras->weightMap, other.extras->weightMap);
   Maybe("deformGroup", one.deformGroup, other.deformGroup, CompareDeformGroup);
   Maybe("group", one.group, other.group, [](const GroupData& a, const GroupData& b) {
     Field("items", a.items, b.items);
