@@ -18,7 +18,7 @@ std::vector<ItemIndex> MeshesBehind(const SceneData& scene, const ItemTypes& typ
     auto current = static_cast<ItemIndex>(start);
     path.clear();
     while (current >= 0 && At(current) < meshes.size() && meshes[At(current)] == kUnknown) {
-      const std::uint32_t type = types.Code(scene.items[At(current)].type);
+      const std::uint32_t type = types.CodeOf(current);
       const bool isMesh = types.Derives(type, meshType);
       meshes[At(current)] = isMesh ? current : -1;  // for a walk that comes here again, in a circle
       if (isMesh || !types.Derives(type, instanceType)) break;
@@ -32,14 +32,12 @@ std::vector<ItemIndex> MeshesBehind(const SceneData& scene, const ItemTypes& typ
 }
 
 // Every mesh has a mesh and every triangle surface a surface, if an empty one; so has an instance of no mesh.
-SceneData Completed(SceneData data, std::vector<ItemIndex>& meshesBehind) {
-  const ItemTypes types(data);
-  meshesBehind = MeshesBehind(data, types);
+SceneData Completed(SceneData data, const ItemTypes& types, const std::vector<ItemIndex>& meshesBehind) {
   const std::uint32_t meshType = types.Code("mesh"), instanceType = types.Code("meshInst"),
                       surfaceType = types.Code("triSurf");
   for (std::size_t place = 0; place < data.items.size(); ++place) {
     ItemData& item = data.items[place];
-    const std::uint32_t type = types.Code(item.type);
+    const std::uint32_t type = types.CodeOf(static_cast<ItemIndex>(place));
     const bool hasMesh =
         types.Derives(type, meshType) || (types.Derives(type, instanceType) && meshesBehind[place] < 0);
     if (hasMesh && !item.mesh) item.mesh = std::make_shared<const MeshData>();
@@ -52,9 +50,12 @@ SceneData Completed(SceneData data, std::vector<ItemIndex>& meshesBehind) {
 
 }  // namespace
 
-HostState::HostState(SceneData data)
-    : scene(Completed(std::move(data), meshesBehind_)),
-      index(scene),
+HostState::HostState(SceneData data) : HostState(std::move(data), ItemTypes(data)) {}
+
+HostState::HostState(SceneData&& data, ItemTypes types)
+    : meshesBehind_(MeshesBehind(data, types)),
+      scene(Completed(std::move(data), types, meshesBehind_)),
+      index(scene, std::move(types)),
       values(index),
       evaluator(index, values),
       sceneObject_(std::make_unique<SceneObject>(*this)) {

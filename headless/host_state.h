@@ -20,7 +20,7 @@ class SceneObject;
 
 class HostState {
  private:
-  std::vector<ItemIndex> meshesBehind_;  // by item; filled as the scene is taken, and so stands before it
+  std::vector<ItemIndex> meshesBehind_;  // by item; the scene is completed with it, and so stands after it
 
  public:
   explicit HostState(SceneData data);
@@ -50,6 +50,8 @@ class HostState {
   Demand demand;
 
  private:
+  HostState(SceneData&& data, ItemTypes types);
+
   std::vector<Item> items_;  // by index, so that the order of pointers is scene order
   std::unique_ptr<SceneObject> sceneObject_;
   std::unordered_map<const MeshData*, std::shared_ptr<MeshStore>> meshStores_;  // meshes may share their data

@@ -46,7 +46,8 @@ bool TypeDerivesFrom(const SceneData& scene, std::string_view type, std::string_
 ItemTypes::ItemTypes(const SceneData& scene) {
   for (const ItemTypeRow& row : kItemTypes) Add(row.name);
   for (const auto& [name, base] : scene.types) Add(name);
-  for (const ItemData& item : scene.items) Add(item.type);
+  itemCodes_.reserve(scene.items.size());
+  for (const ItemData& item : scene.items) itemCodes_.push_back(Add(item.type));
 
   for (std::uint32_t code = 1; code <= Count(); ++code) bases_[code - 1] = Code(BaseType(scene, names_[code - 1]));
   for (std::uint32_t code = 1; code <= Count(); ++code) {
@@ -72,13 +73,6 @@ std::uint32_t ItemTypes::Code(std::string_view name) const {
 
 const char* ItemTypes::Name(std::uint32_t code) const {
   return code >= 1 && code <= Count() ? names_[code - 1].c_str() : nullptr;
-}
-
-bool ItemTypes::Derives(std::uint32_t type, std::uint32_t base) const {
-  if (base == 0) return false;
-  for (; type != 0; type = bases_[type - 1])
-    if (type == base) return true;
-  return false;
 }
 
 }  // namespace headless

@@ -76,8 +76,13 @@ class ItemTypes {
   explicit ItemTypes(const SceneData& scene);
 
   std::uint32_t Code(std::string_view name) const;  // 0 when unknown
-  const char* Name(std::uint32_t code) const;       // null when unknown
-  bool Derives(std::uint32_t type, std::uint32_t base) const;
+  std::uint32_t CodeOf(ItemIndex item) const { return itemCodes_[static_cast<std::size_t>(item)]; }
+  const char* Name(std::uint32_t code) const;  // null when unknown
+  bool Derives(std::uint32_t type, std::uint32_t base) const {
+    if (base == 0) return false;
+    while (type != 0 && type != base) type = bases_[type - 1];
+    return type != 0;
+  }
   std::uint32_t Count() const { return static_cast<std::uint32_t>(names_.size()); }
 
  private:
@@ -87,6 +92,7 @@ class ItemTypes {
   std::vector<std::string> names_;
   std::vector<std::uint32_t> bases_;
   std::unordered_map<std::string, std::uint32_t> codes_;
+  std::vector<std::uint32_t> itemCodes_;  // by item
 };
 
 }  // namespace headless

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <iterator>
 #include <string_view>
+#include <utility>
 
 namespace headless {
 
@@ -15,17 +16,16 @@ constexpr std::string_view kMatrixChannelNames[] = {"wposMatrix",  "wrotMatrix",
 
 }  // namespace
 
-SceneIndex::SceneIndex(const SceneData& scene)
+SceneIndex::SceneIndex(const SceneData& scene, ItemTypes types)
     : scene_(scene),
-      types_(scene),
+      types_(std::move(types)),
       locatorType_(types_.Code("locator")),
       surfaceType_(types_.Code("triSurf")),
       itemsByType_(types_.Count() + 1) {
-  typeCodes_.reserve(scene.items.size());
+  parents_.reserve(scene.items.size());
   firstChannels_.reserve(scene.items.size() + 1);
   firstChannels_.push_back(0);
   for (const ItemData& item : scene.items) {
-    typeCodes_.push_back(types_.Code(item.type));
     parents_.push_back(HasItem(item.parent) ? item.parent : -1);
     firstChannels_.push_back(firstChannels_.back() + item.channels.size());
   }

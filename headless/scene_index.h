@@ -21,15 +21,15 @@ inline std::size_t At(std::int32_t index) { return static_cast<std::size_t>(inde
 
 class SceneIndex {
  public:
-  // The scene outlives the index.
-  explicit SceneIndex(const SceneData& scene);
+  // The scene, whose types these are, outlives the index.
+  SceneIndex(const SceneData& scene, ItemTypes types);
 
   const SceneData& Scene() const { return scene_; }
   const ItemTypes& Types() const { return types_; }
   std::size_t ItemCount() const { return scene_.items.size(); }
   bool HasItem(ItemIndex item) const { return item >= 0 && At(item) < scene_.items.size(); }
 
-  std::uint32_t TypeOf(ItemIndex item) const { return typeCodes_[At(item)]; }
+  std::uint32_t TypeOf(ItemIndex item) const { return types_.CodeOf(item); }
   bool IsOfType(ItemIndex item, std::uint32_t type) const { return types_.Derives(TypeOf(item), type); }
   bool IsLocator(ItemIndex item) const { return IsOfType(item, locatorType_); }
 
@@ -58,7 +58,6 @@ class SceneIndex {
   const SceneData& scene_;
   ItemTypes types_;
   std::uint32_t locatorType_, surfaceType_;
-  std::vector<std::uint32_t> typeCodes_;
   std::vector<ItemIndex> parents_;
   LinkTable children_;
   std::vector<std::size_t> firstChannels_;
