@@ -3,10 +3,11 @@
 namespace headless {
 
 Graph::Graph(HostState& host, std::span<const Link> links, ChannelLinks channelLinks)
-    : host_(host),
-      forward_(host.index.ItemCount(), links, LinkEnd::From),
-      reverse_(host.index.ItemCount(), links, LinkEnd::To),
-      channelLinks_(channelLinks) {}
+    : host_(host), channelLinks_(channelLinks) {
+  if (links.empty()) return;
+  forward_ = LinkTable(host.index.ItemCount(), links, LinkEnd::From);
+  reverse_ = LinkTable(host.index.ItemCount(), links, LinkEnd::To);
+}
 
 zyresult Graph::Count(const LinkTable& links, IZyItem* item, std::uint32_t& count) {
   if (!item) return ZYe_FAILED;

@@ -1,6 +1,7 @@
 #include "headless/link_table.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace headless {
 
@@ -11,12 +12,13 @@ LinkTable::LinkTable(std::size_t nodes, std::span<const Link> links, LinkEnd end
     return static_cast<std::size_t>(end == LinkEnd::From ? link.first : link.second);
   };
   for (const Link& link : links)
-    if (isValid(link)) ++starts_[keyOf(link) + 1];
-  for (std::size_t node = 0; node < nodes; ++node) starts_[node + 1] += starts_[node];
+    if (isValid(link)) ++starts_[keyOf(link)];
+  std::partial_sum(starts_.begin(), starts_.end(), starts_.begin());
   others_.resize(starts_.back());
-  std::vector<std::size_t> next(starts_.begin(), starts_.end() - 1);
-  for (const Link& link : links)
-    if (isValid(link)) others_[next[keyOf(link)]++] = end == LinkEnd::From ? link.second : link.first;
+  // From the last link on: each group is filled from its end, and what is its end so becomes its start.
+  for (std::size_t place = links.size(); place-- > 0;)
+    if (const Link& link = links[place]; isValid(link))
+      others_[--starts_[keyOf(link)]] = end == LinkEnd::From ? link.second : link.first;
 }
 
 namespace {

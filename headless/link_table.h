@@ -28,7 +28,7 @@ class LinkTable {
   std::size_t NodeCount() const { return starts_.empty() ? 0 : starts_.size() - 1; }
 
  private:
-  std::vector<std::size_t> starts_;
+  std::vector<std::uint32_t> starts_;
   std::vector<std::int32_t> others_;
 };
 

@@ -50,18 +50,20 @@ TransformStack::Transform TransformStack::Describe(ItemIndex item, const Transfo
   return transform;
 }
 
-std::int64_t TransformStack::PlaceOf(ItemIndex item, std::string_view channel) const {
+std::int32_t TransformStack::PlaceOf(ItemIndex item, std::string_view channel) const {
   const std::int32_t number = FindChannel(index_.Scene().items[At(item)], channel);
-  return number < 0 ? -1 : static_cast<std::int64_t>(index_.ChannelPlace({item, number}));
+  return number < 0 ? -1 : static_cast<std::int32_t>(index_.ChannelPlace({item, number}));
 }
 
-double TransformStack::Number(const ReadState& state, std::int64_t place, double fallback) const {
-  return place < 0 ? fallback : values_.NumberAt(state, static_cast<std::size_t>(place)).value_or(fallback);
+double TransformStack::Number(const ReadState& state, std::int32_t place, double fallback) const {
+  return place < 0 ? fallback : values_.NumberAt(state, At(place)).value_or(fallback);
 }
 
 void TransformStack::CutInverseCircles() {
   std::vector<Link> links;
-  for (const Transform& transform : transforms_) links.emplace_back(transform.item, transform.inverseOf);
+  for (const Transform& transform : transforms_)
+    if (transform.inverseOf >= 0) links.emplace_back(transform.item, transform.inverseOf);
+  if (links.empty()) return;
   const auto components = StrongComponents(LinkTable(index_.ItemCount(), links, LinkEnd::From));
   for (Transform& transform : transforms_)
     if (transform.inverseOf >= 0 && components[At(transform.item)] == components[At(transform.inverseOf)])

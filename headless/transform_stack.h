@@ -25,8 +25,8 @@ class TransformStack {
     Kind kind = Kind::Identity;
     ItemIndex item = -1;
     // Places of the channels x, y, z and of the rotation order; -1 for none.
-    std::array<std::int64_t, 3> channels = {-1, -1, -1};
-    std::int64_t order = -1;
+    std::array<std::int32_t, 3> channels = {-1, -1, -1};
+    std::int32_t order = -1;
     ItemIndex inverseOf = -1;
   };
 
@@ -37,13 +37,13 @@ class TransformStack {
   };
 
   Transform Describe(ItemIndex item, const TransformTypes& types) const;
-  std::int64_t PlaceOf(ItemIndex item, std::string_view channel) const;
+  std::int32_t PlaceOf(ItemIndex item, std::string_view channel) const;
   void CutInverseCircles();
   void AddStacks();
   // Each applies the transform after what the matrix does already.
   void Append(const ReadState& state, const Transform& transform, MatrixColumns& matrix) const;
   void AppendInverse(const ReadState& state, const Transform& transform, MatrixColumns& matrix) const;
-  double Number(const ReadState& state, std::int64_t place, double fallback) const;
+  double Number(const ReadState& state, std::int32_t place, double fallback) const;
   std::array<double, 3> Vector(const ReadState& state, const Transform& transform, double fallback) const;
 
   const SceneIndex& index_;
