@@ -16,23 +16,23 @@ class Array {
   Array() = default;
   Array(std::vector<T> values) {  // NOLINT: an owned array is a vector's values
     auto owned = std::make_shared<const std::vector<T>>(std::move(values));
-    values_ = *owned;
-    owner_ = std::move(owned);
+    size_ = owned->size();
+    data_ = {owned, owned->data()};
   }
   // A view that keeps `owner` alive, a mapped file for instance.
-  Array(std::span<const T> values, std::shared_ptr<const void> owner)
-      : values_(values), owner_(std::move(owner)) {}
+  Array(std::span<const T> values, const std::shared_ptr<const void>& owner)
+      : data_(owner, values.data()), size_(values.size()) {}
 
-  const T& operator[](std::size_t index) const { return values_[index]; }
-  const T* data() const { return values_.data(); }
-  std::size_t size() const { return values_.size(); }
-  bool empty() const { return values_.empty(); }
-  auto begin() const { return values_.begin(); }
-  auto end() const { return values_.end(); }
+  const T& operator[](std::size_t index) const { return data()[index]; }
+  const T* data() const { return data_.get(); }
+  std::size_t size() const { return size_; }
+  bool empty() const { return size_ == 0; }
+  const T* begin() const { return data(); }
+  const T* end() const { return data() + size_; }
 
  private:
-  std::span<const T> values_;
-  std::shared_ptr<const void> owner_;
+  std::shared_ptr<const T> data_;  // together with what it lies in
+  std::size_t size_ = 0;
 };
 
 }  // namespace headless

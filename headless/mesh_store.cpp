@@ -28,17 +28,20 @@ MeshStore::MeshStore(std::shared_ptr<const MeshData> data, DemandCount* triangle
 }
 
 const std::unordered_map<ZyPointId, std::uint32_t>& MeshStore::PointsById() {
-  if (pointsById_.empty()) {
-    pointsById_.reserve(data_->pointIds.size());
+  if (!pointsById_) {
+    std::unordered_map<ZyPointId, std::uint32_t> points;
+    points.reserve(data_->pointIds.size());
     std::uint32_t index = 0;
-    for (const ZyPointId pointId : data_->pointIds) pointsById_.emplace(pointId, index++);
+    for (const ZyPointId pointId : data_->pointIds) points.emplace(pointId, index++);
+    pointsById_ = std::move(points);
   }
-  return pointsById_;
+  return *pointsById_;
 }
 
 std::uint32_t MeshStore::FindExplicitId(ZyPointId id) {
-  const auto found = PointsById().find(id);
-  return found != pointsById_.end() ? found->second : kNone;
+  const auto& points = PointsById();
+  const auto found = points.find(id);
+  return found != points.end() ? found->second : kNone;
 }
 
 bool MeshStore::HasDistinctIds() { return PointsById().size() == data_->pointIds.size(); }

@@ -1,6 +1,7 @@
 // What a mesh computes once for all of its accessors.
 #pragma once
 
+#include "headless/boxed.h"
 #include "headless/mesh_access.h"
 #include "headless/mesh_data.h"
 
@@ -53,7 +54,7 @@ class MeshStore {
   std::shared_ptr<const MeshData> data_;
   DemandCount* handedOut_;
   std::vector<MapView> maps_;
-  std::unordered_map<ZyPointId, std::uint32_t> pointsById_;
+  Boxed<std::unordered_map<ZyPointId, std::uint32_t>> pointsById_;
   TriangleTable triangles_;
   std::vector<std::uint32_t> triangleStarts_;
   std::vector<std::uint32_t> trianglePoints_;

@@ -124,12 +124,12 @@ struct ItemData {
   std::array<ItemIndex, 3> mainTransforms = {-1, -1, -1};
   Boxed<RecordedWorld> world;
 
-  // Of a `transform` item: its matrix, or the inverse of another transform item's matrix.
-  Boxed<Matrix4> matrix;
-  ItemIndex inverseOf = -1;
-
   std::shared_ptr<const MeshData> mesh;  // value of a mesh's "mesh" channel
   ItemIndex instanceSource = -1;         // of a meshInst
+
+  // Of a `transform` item: the inverse of another transform item's matrix, or its own matrix.
+  ItemIndex inverseOf = -1;
+  Boxed<Matrix4> matrix;
 
   Boxed<std::string> imagePath;   // of an imageMap, in the form of the scene file
   ItemIndex textureLocator = -1;  // of an imageMap
