@@ -59,7 +59,7 @@ class Members {
   const Json& object_;
   std::uint32_t lengths_ = 0;
 };
-inline const Json* Find(const Members& object, std::string_view key) { return object.Find(key); }
+inline const Json* Find(const Members& object, std::string_view key) { return object.Find(key); }  // as of a Json
 
 std::string_view TextView(const Json& value);  // of a text
 std::string ReadText(const Json& value);
