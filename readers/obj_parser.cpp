@@ -73,7 +73,6 @@ class Parser {
   void ReadColorBlock(const char* text);
   void ApplyState();
   void CheckCounts() const;
-  std::string StatementText(const char* text) const;
   [[noreturn]] void Fail(const char* place, const std::string& reason) const;
   [[noreturn]] void FailNumber(const char* place) const;
   [[noreturn]] void FailIndex(const char* place, std::int64_t index, Stream stream) const;
@@ -348,19 +347,6 @@ void Parser::ReadColorBlock(const char* text) {
     for (int i = 0; i < 3; ++i) color[i] = static_cast<float>(digits[2 * i + 2] * 16 + digits[2 * i + 3]) / 255.0f;
     AddColor(coloredByBlocks_, color);
   }
-}
-
-// Without the blanks around it; continued lines are joined by a blank.
-std::string Parser::StatementText(const char* text) const {
-  std::string joined;
-  const char* const end = SkipStatement(text);
-  for (text = SkipBlanks(text); text < end;) {
-    const char* next = SkipContinuation(text);
-    joined += next ? ' ' : *text;
-    text = next ? next : text + 1;
-  }
-  while (!joined.empty() && EndsToken(joined.back())) joined.pop_back();
-  return ToUtf8(std::move(joined));
 }
 
 void Parser::CheckCounts() const {

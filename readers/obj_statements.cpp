@@ -1,9 +1,13 @@
 #include "readers/obj_statements.h"
 
+#include "readers/text_numbers.h"
+#include "readers/text_utf8.h"
+
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <iterator>
+#include <utility>
 
 namespace readers {
 namespace {
@@ -73,6 +77,18 @@ StatementWord FindStatement(std::string_view word) {
   const auto* found = std::find_if(std::begin(kStatementWords), std::end(kStatementWords),
                                    [&](const StatementWord& entry) { return entry.word == word; });
   return found == std::end(kStatementWords) ? StatementWord{word} : *found;
+}
+
+std::string StatementText(const char* text) {
+  std::string joined;
+  const char* const end = SkipStatement(text);
+  for (text = SkipBlanks(text); text < end;) {
+    const char* next = SkipContinuation(text);
+    joined += next ? ' ' : *text;
+    text = next ? next : text + 1;
+  }
+  while (!joined.empty() && EndsToken(joined.back())) joined.pop_back();
+  return ToUtf8(std::move(joined));
 }
 
 std::string DescribeSkipped(const ObjData& data) {

@@ -19,6 +19,9 @@ struct StatementWord {
 // What a line's first word says; an unknown one is skipped.
 StatementWord FindStatement(std::string_view word);
 
+// The rest of a statement as UTF-8, without the blanks around it; continued lines are joined by a blank.
+std::string StatementText(const char* text);
+
 // What was passed over, in one line without the file's name; empty for nothing.
 std::string DescribeSkipped(const ObjData& data);
 
