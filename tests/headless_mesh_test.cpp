@@ -5,7 +5,6 @@
 #include "tests/support/visitor.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
