@@ -152,14 +152,16 @@ TEST(ImportParts, SurfacesOfOtherFormatsAreMadeSenseOf) {
             R"(</phong></technique></profile_COMMON></effect></library_effects>
 <library_materials><material id="m" name="m"><instance_effect url="#e"/></material></library_materials>
 <library_geometries><geometry id="g"><mesh>
-<source id="p"><float_array id="a" count="9">0 0 0 1 0 0 0 1 0</float_array><technique_common><accessor source="#a" count="3"
-stride="3"><param name="X" type="float"/><param name="Y" type="float"/><param name="Z" type="float"/></accessor>
+<source id="p"><float_array id="a" count="9">0 0 0 1 0 0 0 1 0</float_array><technique_common>
+<accessor source="#a" count="3" stride="3">
+<param name="X" type="float"/><param name="Y" type="float"/><param name="Z" type="float"/></accessor>
 </technique_common></source><vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
 <triangles material="s" count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles>
 </mesh></geometry></library_geometries>
 <library_visual_scenes><visual_scene id="w"><node id="n" name="n"><instance_geometry url="#g"><bind_material>
-<technique_common><instance_material symbol="s" target="#m"/></technique_common></bind_material></instance_geometry></node>
-</visual_scene></library_visual_scenes><scene><instance_visual_scene url="#w"/></scene></COLLADA>)");
+<technique_common><instance_material symbol="s" target="#m"/></technique_common></bind_material>
+</instance_geometry></node></visual_scene></library_visual_scenes>
+<scene><instance_visual_scene url="#w"/></scene></COLLADA>)");
     const ItemData& shader = Find(imported.scene, "glTFShader");
     EXPECT_DOUBLE_EQ(Number(shader, "roughness"), row.roughness);
     EXPECT_EQ(Number(shader, "metallic"), 0);
@@ -214,7 +216,10 @@ Objects:  {
 		KeyValueFloat: *2 { a: 0,90 }
 	}
 }
-Connections:  { C: "OO",200,0 C: "OO",100,200 C: "OO",400,300 C: "OO",500,400 C: "OP",500,200, "Lcl Rotation" C: "OP",600,500, "d|Z" }
+Connections:  {
+	C: "OO",200,0 C: "OO",100,200 C: "OO",400,300 C: "OO",500,400
+	C: "OP",500,200, "Lcl Rotation" C: "OP",600,500, "d|Z"
+}
 )";
 
 TEST(ImportParts, PivotsAndScaleTurnWithTheirNode) {
@@ -244,7 +249,7 @@ TEST(ImportParts, UnitsAndAxesCanBeOverruled) {
   options.upAxis = importer::UpAxis::X;
   const test_support::GltfFile fbx = Export(Import(directory, "pivot.fbx", kPivotFbx, options).scene);
   // (-1, 0, 5) of the file, with x upwards: y is x, x is -y.
-  EXPECT_LT(test_support::Distance(PoseMesh(fbx, std::nullopt)[0], {0, -0.5, 2.5}), 1e-6);
+  EXPECT_LT(test_support::Distance(test_support::PoseFile(fbx, std::nullopt)[0], {0, -0.5, 2.5}), 1e-6);
   options.upAxis = importer::UpAxis::Z;
   const test_support::GltfFile stl =
       Export(Import(directory, "t.stl",
@@ -252,7 +257,7 @@ TEST(ImportParts, UnitsAndAxesCanBeOverruled) {
                     "endfacet\nendsolid t\n",
                     options)
                  .scene);
-  EXPECT_LT(test_support::Distance(PoseMesh(stl, std::nullopt)[2], {0, 2, -0.5}), 1e-6);
+  EXPECT_LT(test_support::Distance(test_support::PoseFile(stl, std::nullopt)[2], {0, 2, -0.5}), 1e-6);
 }
 
 TEST(ImportParts, NamesOfEmbeddedTexturesAreSafe) {
