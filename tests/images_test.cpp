@@ -17,7 +17,6 @@ namespace {
 using test_support::Parsed;
 using test_support::ReadWholeFile;
 using test_support::TextOf;
-using testing::ElementsAre;
 namespace fs = std::filesystem;
 
 class ImageTest : public testing::Test {

@@ -16,7 +16,6 @@ using headless::MeshData;
 using namespace test_support;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using Rows = std::vector<std::vector<double>>;
 

@@ -11,11 +11,9 @@
 namespace {
 
 using headless::ItemData;
-using headless::ItemIndex;
 using headless::SceneData;
 using test_support::HostDirectory;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 SceneData ReadModel(const HostDirectory& directory, const std::string& obj, std::vector<std::string>& warnings) {

@@ -14,7 +14,6 @@ using namespace test_support;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::SizeIs;
 
 TEST(Nodes, TypesAndNamesDecideWhatIsExported) {

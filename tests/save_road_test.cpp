@@ -18,7 +18,6 @@ using namespace test_support;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
 
 constexpr const char* kFatal = "Fatal internal error in FBX saver";
 
