@@ -39,6 +39,7 @@ const Schema& SharedSchema() {
 
 void CheckUniqueKeys(const Json& object) {
   std::vector<std::string_view> keys;
+  keys.reserve(object.MemberCount());
   for (const auto& member : object.GetObject()) keys.push_back(TextView(member.name));
   std::sort(keys.begin(), keys.end());
   const auto twin = std::adjacent_find(keys.begin(), keys.end());

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <map>
 #include <memory>
 #include <set>
@@ -220,7 +221,10 @@ RunCommand AddExport(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("export", "Export a scene to glTF 2.0.");
   const auto arguments = std::make_shared<ExportArguments>();
   AddExportArguments(command, *arguments);
-  return [arguments] { return RunExport(*arguments, Report(arguments->verbosity)).exitCode; };
+  return [arguments]() -> int {
+    const ExportOutcome outcome = RunExport(*arguments, Report(arguments->verbosity));
+    std::exit(outcome.exitCode);  // its host stands
+  };
 }
 
 }  // namespace tool

@@ -25,6 +25,7 @@
 #include <algorithm>
 #include <csignal>
 #include <future>
+#include <memory>
 #include <new>
 #include <optional>
 #include <set>
@@ -51,7 +52,7 @@ class ExportRun {
   void Run();
 
  private:
-  void ExportToFile();
+  std::shared_ptr<const headless::Host> ExportToFile();
   headless::SceneData ReadInput();
   void SettleImages(headless::SceneData& scene);
   void SetUserValues(headless::SceneData& scene);
@@ -90,21 +91,24 @@ std::string StagedName(const fs::path& output) {
 
 void ExportRun::Run() {
   CheckName(arguments_.output);
-  ExportToFile();
-  if (!arguments_.previewPage.empty()) WritePage();
+  outcome_.host = ExportToFile();
+  if (arguments_.previewPage.empty()) return;
+  outcome_.host.reset();
+  WritePage();
 }
 
-void ExportRun::ExportToFile() {
+std::shared_ptr<const headless::Host> ExportRun::ExportToFile() {
   Staging staging(arguments_.output, StagedName(arguments_.output));
   for (const std::string& note : staging.Notes()) report_.Note(note);
   stages_.Begin(Stage::Reading);
-  headless::Host host(ReadInput());
-  SaveLogged(host, staging.File());
+  const auto host = std::make_shared<headless::Host>(ReadInput());
+  SaveLogged(*host, staging.File());
   stages_.Begin(Stage::Verifying);
-  Check(host, staging);
+  Check(*host, staging);
   if (MemoryRanOut()) throw std::bad_alloc();  // something may be missing
   stages_.Begin(Stage::Moving);
   MoveIntoPlace(staging);
+  return host;
 }
 
 headless::SceneData ExportRun::ReadInput() {

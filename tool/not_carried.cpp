@@ -86,8 +86,9 @@ std::vector<const KindRule*> RulesFor(const headless::SceneData& scene, string_v
 
 // As the channel stands without keys or links: non-zero hides the mesh.
 bool IsHidden(const headless::ItemData& item) {
+  if (!item.mesh || item.mesh->PointCount() == 0) return false;
   const std::int32_t place = headless::FindChannel(item, "visible");
-  if (!item.mesh || item.mesh->PointCount() == 0 || place < 0) return false;
+  if (place < 0) return false;
   const headless::ChannelData& channel = item.channels[static_cast<std::size_t>(place)];
   const headless::ChannelValue& value = channel.edit ? *channel.edit : channel.setup;
   const auto* number = std::get_if<std::int32_t>(&value);

@@ -25,6 +25,19 @@ constexpr std::uint32_t kComponentU16 = 5123;
 
 std::string_view TextOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
+// Of a mapped text no more than a piece stays in memory beside its copy.
+std::string CopyOf(std::string_view mapped) {
+  constexpr std::size_t kPiece = 1 << 20;
+  std::string copy;
+  copy.reserve(mapped.size());
+  while (copy.size() < mapped.size()) {
+    const char* piece = mapped.data() + copy.size();
+    copy += mapped.substr(copy.size(), kPiece);
+    readers::MappedFile::Forget(piece, mapped.data() + copy.size());
+  }
+  return copy;
+}
+
 // A float is finite when its exponent isn't all ones.
 bool AllFinite(Bytes floats) {
   constexpr std::uint32_t kExponent = 0x7F800000u;
@@ -56,7 +69,7 @@ class DocumentCheck {
 
   void Parse() {
     const std::string_view json = TextOf(document_.json);
-    const std::optional<JsonError> error = ReadOutline(std::string(json), document_.outline);
+    const std::optional<JsonError> error = ReadOutline(CopyOf(json), document_.outline);
     if (!error) return;
     if (const std::optional<CutJson> cut = CompleteCutJson(json)) {
       const rapidjson::Document completed = ParseTree(cut->text);
@@ -82,8 +95,11 @@ class DocumentCheck {
 
   void CheckAccessors(const ShareSink& told) const {
     std::uint64_t bytes = 0;
+    const char* kept = TextOf(document_.buffer).data();
     for (std::size_t index = 0; index < document_.outline.accessors.size(); ++index) {
-      bytes += CheckAccessor(index);
+      const Bytes values = CheckAccessor(index);
+      bytes += values.size();
+      readers::MappedFile::Forget(kept, TextOf(values).data() + values.size());  // most stand in this order
       // Accessors may share what they show.
       told(std::min(1.0, static_cast<double>(bytes) / static_cast<double>(document_.buffer.size() + 1)));
     }
@@ -96,8 +112,7 @@ class DocumentCheck {
     return root;
   }
 
-  // Returns its bytes.
-  std::uint64_t CheckAccessor(std::size_t index) const {
+  Bytes CheckAccessor(std::size_t index) const {
     const OutlineAccessor& accessor = document_.outline.accessors[index];
     const std::vector<OutlineView>& views = document_.outline.views;
     if (accessor.bufferView >= views.size())
@@ -111,7 +126,7 @@ class DocumentCheck {
     if (accessor.componentType == kComponentFloat && !AllFinite(values))
       throw WriteFault((HasNan(values) ? "a value that is not a number: " : "an infinite value: ") +
                        PlaceOfAccessor(ParseTree(TextOf(document_.json)), index, scene_));
-    return needed;
+    return values;
   }
 
   WrittenDocument& document_;
