@@ -17,10 +17,10 @@ constexpr std::uint32_t kNone = 0xFFFFFFFFu;
 struct MeshMapData {
   std::uint32_t type = 0;  // four-character code
   std::string name;
-  std::uint32_t dimension = 1;         // floats per value, see host/mesh_api.h
-  Array<float> values;                 // value v is values[v * dimension] and what follows
-  Array<std::uint32_t> pointValues;    // per point: its value, kNone for none; empty: no point has one
-  Array<std::uint32_t> cornerValues;   // per polygon corner, likewise
+  std::uint32_t dimension = 1;        // floats per value, see host/mesh_api.h
+  Array<float> values;                // value v is values[v * dimension] and what follows
+  Array<std::uint32_t> pointValues;   // per point: its value, kNone for none; empty: no point has one
+  Array<std::uint32_t> cornerValues;  // per polygon corner, likewise
 };
 
 // A string tag per polygon, as an index into `texts`; kNone for none.
@@ -30,13 +30,13 @@ struct PolygonTagData {
 };
 
 struct MeshData {
-  Array<float> points;                     // x, y, z per point, object space, metres
-  Array<std::uint64_t> pointIds;           // empty: the id of point i is i + 1
-  Array<std::uint32_t> polygonStarts;      // polygon count + 1 entries, the first 0; empty: no polygons
-  Array<std::uint32_t> polygonPoints;      // per polygon corner: index of its point
-  PolygonTagData material;                 // MATR
-  PolygonTagData part;                     // PART
-  std::vector<MeshMapData> maps;           // in the order in which the host lists them
+  Array<float> points;                         // x, y, z per point, object space, metres
+  Array<std::uint64_t> pointIds;               // empty: the id of point i is i + 1
+  Array<std::uint32_t> polygonStarts;          // polygon count + 1 entries, the first 0; empty: no polygons
+  Array<std::uint32_t> polygonPoints;          // per polygon corner: index of its point
+  PolygonTagData material;                     // MATR
+  PolygonTagData part;                         // PART
+  std::vector<MeshMapData> maps;               // in the order in which the host lists them
   double smoothingAngle = 0.6981317007977318;  // radians; edges that bend more are hard (40 degrees)
 
   // Recorded results of a host, replayed exactly; what is absent is computed.

@@ -370,7 +370,7 @@ TEST(Sampling, FailedTimesReuseTheReadBefore) {
   Key(scene, a.position, Axis::X, Line(0, 0, 1, 1));
   Key(scene, a.rotation, Axis::X, Line(0, 0, 1, 1));
   Save save(std::move(scene));
-  UnreadableScene unreadable(save.host.Scene(), {true, false, true, false});
+  UnreadableScene unreadable(save.Host().Scene(), {true, false, true, false});
   save.state->scene.Set(&unreadable);
   ExportAnimation(*save.state);
   std::vector<double> times, x;

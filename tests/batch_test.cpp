@@ -16,19 +16,11 @@ using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using testing::Not;
 using testing::StartsWith;
 using testing::UnorderedElementsAre;
 using Json = rapidjson::Document;
 
-constexpr int kSomeFailed = 5;
 constexpr char kSmall[] = R"({"orvo": 1, "items": [{"name": "Lone"}]})";
-
-Json Parsed(const std::string& text) {
-  Json json;
-  json.Parse(text.c_str(), text.size());
-  return json;
-}
 
 // Words such as "1 done".
 std::string StatusOf(const std::string& line) {

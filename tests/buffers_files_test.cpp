@@ -9,10 +9,7 @@
 
 namespace {
 
-using test_support::AccessorValues;
-using test_support::GltfFile;
-using test_support::Parsed;
-using test_support::TextOf;
+using namespace test_support;
 using testing::ElementsAre;
 
 class BufferTest : public testing::Test {
@@ -98,53 +95,8 @@ void FillScene(GltfDocument& document, const std::string& nodeName) {
   sampler->keyframes = {{0.5, {1, 2, 3, 0}}};
 }
 
-TEST(FilesTest, TheTextIsPaddedWithSpaces) {
-  const test_support::HostDirectory dir;
-  std::vector<std::size_t> paddings;
-  for (const char* name : {"", "a", "ab", "abc"}) {
-    GltfDocument document;
-    FillScene(document, name);
-    ASSERT_TRUE(WriteDocument(document, dir.HostPath("s.glb")));
-    const test_support::GlbChunks chunks = test_support::ReadGlbChunks(dir / "s.glb");
-    EXPECT_EQ((chunks.text.size() + chunks.padding) % 4, 0u);
-    paddings.push_back(chunks.padding);
-  }
-  EXPECT_THAT(paddings, testing::UnorderedElementsAre(0, 1, 2, 3));
-}
-
-TEST(FilesTest, AGlbWithoutDataHasAnEmptyBinChunk) {
-  const test_support::HostDirectory dir;
-  GltfDocument document;
-  document.CreateScene();
-  ASSERT_TRUE(WriteDocument(document, dir.HostPath("s.glb")));
-  const std::string file = test_support::ReadWholeFile(dir / "s.glb");
-  EXPECT_EQ(file.substr(file.size() - 8), std::string("\0\0\0\0BIN\0", 8));
-  EXPECT_THAT(test_support::ReadGlbChunks(dir / "s.glb").bytes, ElementsAre());
-}
-
-TEST(FilesTest, BothFormatsSayTheSame) {
-  const test_support::HostDirectory dir;
-  GltfDocument glb, gltf;
-  glb.indices32 = gltf.indices32 = 0;
-  FillScene(glb, "n");
-  FillScene(gltf, "n");
-  gltf.format = GltfFormat::Gltf;
-  ASSERT_TRUE(WriteDocument(glb, dir.HostPath("s.glb")));
-  ASSERT_TRUE(WriteDocument(gltf, dir.HostPath("s.gltf")));
-  const GltfFile binary = test_support::ReadGltfFile(dir / "s.glb");
-  GltfFile text = test_support::ReadGltfFile(dir / "s.gltf");
-  EXPECT_EQ(binary.bytes, text.bytes);
-  EXPECT_EQ(text.text.substr(text.text.size() - 2), "]}");
-  EXPECT_EQ(TextOf(text.json["buffers"]), R"([{"byteLength":24,"uri":"s.bin"}])");
-  text.json["buffers"][0].RemoveMember("uri");
-  EXPECT_EQ(TextOf(text.json), binary.text);
-  EXPECT_THAT(AccessorValues(binary, 0), ElementsAre(0, 1, 2));
-  EXPECT_THAT(AccessorValues(binary, 2), ElementsAre(1, 2, 3));
-  EXPECT_THAT(std::vector<std::uint8_t>(binary.bytes.begin() + 6, binary.bytes.begin() + 8), ElementsAre(0, 0));
-}
-
 TEST(FilesTest, BlocksAndJsonAreFreedWhenWritten) {
-  const test_support::HostDirectory dir;
+  const HostDirectory dir;
   GltfDocument document;
   FillScene(document, "n");
   ASSERT_TRUE(WriteDocument(document, dir.HostPath("s.glb")));
@@ -166,21 +118,21 @@ TEST(FilesTest, NamesOfTheTextAndItsBuffer) {
                {"d.e\\scene", "d.gltf", "d.bin", "d.bin"},
                {"sub\\scene.x", "sub/scene.gltf", "sub/scene.bin", "scene.bin"}};
   for (const auto& c : cases) {
-    const test_support::HostDirectory dir;
+    const HostDirectory dir;
     std::filesystem::create_directories(dir / "sub");
     GltfDocument document;
     document.format = GltfFormat::Gltf;
     document.CreateScene();
     ASSERT_TRUE(WriteDocument(document, dir.HostPath(c.path))) << c.path;
     EXPECT_TRUE(std::filesystem::exists(dir / c.text)) << c.path;
-    EXPECT_EQ(test_support::ReadWholeFile(dir / c.bin), "") << c.path;
-    EXPECT_EQ(test_support::ReadGltfFile(dir / c.text).json["buffers"][0]["uri"], c.uri) << c.path;
+    EXPECT_EQ(ReadWholeFile(dir / c.bin), "") << c.path;
+    EXPECT_EQ(ReadGltfFile(dir / c.text).json["buffers"][0]["uri"], c.uri) << c.path;
     EXPECT_EQ(BufferUri(c.path), c.uri);
   }
 }
 
 TEST(FilesTest, AFileThatCantBeWrittenFails) {
-  const test_support::HostDirectory dir;
+  const HostDirectory dir;
   std::filesystem::create_directories(dir / "taken.bin");
   std::filesystem::create_directories(dir / "taken.glb");
   struct {

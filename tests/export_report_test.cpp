@@ -12,12 +12,6 @@ using testing::HasSubstr;
 using testing::Not;
 using Json = rapidjson::Document;
 
-Json Parsed(const std::string& text) {
-  Json json;
-  json.Parse(text.c_str(), text.size());
-  return json;
-}
-
 class ExportReport : public Command {
  protected:
   ExportReport()

@@ -11,7 +11,6 @@ namespace {
 
 using namespace test_support;
 
-constexpr int kSomeFailed = 5;
 constexpr std::size_t kPage = 4096;
 
 struct DiskCase {

@@ -2,13 +2,12 @@
 #include "host/fourcc.h"
 #include "host/user_mesh.h"
 #include "tests/support/polygon_meshes.h"
+#include "tests/support/visitor.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <array>
 #include <cmath>
-#include <functional>
 #include <map>
 #include <string>
 #include <tuple>
@@ -19,6 +18,7 @@ namespace {
 
 using headless::kNone;
 using headless::MeshData;
+using test_support::Visitor;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -27,9 +27,9 @@ constexpr float kUntouched = -77;
 // The accessors of a mesh; they are gone at the end of the test.
 class OpenMesh {
  public:
-  explicit OpenMesh(MeshData data) : OpenMesh(std::make_shared<const MeshData>(std::move(data))) {}
-  explicit OpenMesh(std::shared_ptr<const MeshData> data) {
-    mesh.Take(headless::NewMesh(headless::MakeMeshStore(std::move(data)), live_));
+  explicit OpenMesh(MeshData data) {
+    auto shared = std::make_shared<const MeshData>(std::move(data));
+    mesh.Take(headless::NewMesh(headless::MakeMeshStore(std::move(shared)), live_));
     EXPECT_EQ(mesh.PointAccessor(point), ZYe_OK);
     EXPECT_EQ(mesh.PolygonAccessor(polygon), ZYe_OK);
     EXPECT_EQ(mesh.MeshMapAccessor(map), ZYe_OK);
@@ -67,13 +67,6 @@ class OpenMesh {
   CZyUser_Point point;
   CZyUser_Polygon polygon;
   CZyUser_MeshMap map;
-};
-
-struct Visitor final : CZyImpl_AbstractVisitor {
-  explicit Visitor(std::function<zyresult()> visit) : action(std::move(visit)) {}
-  zyresult Evaluate() override { return action(); }
-
-  std::function<zyresult()> action;
 };
 
 TEST(MeshAccess, SelectsByIndexAndId) {
@@ -310,9 +303,6 @@ TEST(MeshAccess, CornersOfHugePolygons) {
       EXPECT_EQ(normal[2], -1);
     }
   }
-  float value = 0;
-  ASSERT_EQ(open.polygon.SelectByIndex(2), ZYe_OK);
-  EXPECT_NE(open.polygon.MapEvaluate(1, 100, &value), ZYe_OK);
 }
 
 TEST(MeshAccess, CalculatedNormals) {
@@ -405,17 +395,6 @@ TEST(MeshAccess, WalksThePointsOfAMap) {
   EXPECT_EQ(open.map.EnumerateContents(refuse, open.point), ZYe_FAILED);
   EXPECT_EQ(visits, 1);
   EXPECT_TRUE(ZyFailed(open.map.EnumerateContents(note, CZyUser_Point())));
-}
-
-TEST(MeshAccess, EmptyMesh) {
-  const OpenMesh open{MeshData()};
-  std::uint32_t points = 9, polygons = 9;
-  EXPECT_EQ(open.mesh.PointCount(points), ZYe_OK);
-  EXPECT_EQ(open.mesh.PolygonCount(polygons), ZYe_OK);
-  EXPECT_EQ(std::pair(points, polygons), std::pair(0u, 0u));
-  EXPECT_TRUE(ZyFailed(open.point.SelectByIndex(0)));
-  EXPECT_TRUE(ZyFailed(open.point.SelectById(0)));
-  EXPECT_TRUE(ZyFailed(open.polygon.SelectByIndex(0)));
 }
 
 }  // namespace

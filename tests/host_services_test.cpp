@@ -1,6 +1,6 @@
-// The headless host's services, its log and its command; and the wrapper that makes calls fail.
+// The headless host's services, its log, its command and its layers of channels; and the wrapper that makes calls
+// fail.
 #include "host/user_command.h"
-#include "host/user_deform.h"
 #include "host/user_mesh.h"
 #include "tests/support/failing_host.h"
 #include "tests/support/host_rig.h"
@@ -10,13 +10,14 @@
 namespace {
 
 using namespace headless;
+using test_support::At;
+using test_support::ChannelOf;
 using test_support::FailingHost;
 using test_support::HostRig;
+using test_support::Keys;
 using test_support::State;
 using testing::ElementsAre;
 using testing::Pair;
-
-ItemData& At(SceneData& scene, ItemIndex item) { return scene.items[static_cast<std::size_t>(item)]; }
 
 TEST(Services, SelectionPlatformAndUserValues) {
   SceneData scene = MakeScene();
@@ -257,72 +258,63 @@ TEST(Command, TellsTheTagOfAClip) {
   EXPECT_FALSE(AskForTag(absent.Item(clip)));
 }
 
-SceneData SmallScene() {
-  SceneData scene = MakeScene();
-  auto mesh = std::make_shared<MeshData>();
-  mesh->points = std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0};
-  mesh->polygonStarts = std::vector<std::uint32_t>{0, 3};
-  mesh->polygonPoints = std::vector<std::uint32_t>{0, 1, 2};
-  const ItemIndex item = AddItem(scene, "mesh", "mesh");
-  At(scene, item).mesh = mesh;
-  AddTransform(scene, item, "translation", "move");
-  return scene;
-}
-
-// A few calls of each sort; counts those that gave what they should.
-int UseScene(IZyScene* raw) {
-  int good = 0;
-  const auto check = [&](bool result) { good += result ? 1 : 0; };
-  CZyUser_Scene scene;
-  CZyUser_Item item, again;
-  CZyUser_ChannelRead read;
-  CZyUser_Mesh mesh;
-  CZyUser_Point point;
-  CZyUser_Locator locator;
-  Matrix4 matrix;
-  std::int32_t channel = -1;
-  float position[3] = {};
-  check(scene.Set(raw));
-  check(ZySucceeded(scene.ItemByIndex(kAllItems, 1, item)));
-  check(ZySucceeded(scene.ItemByIndex(kAllItems, 1, again)) && again.Raw() == item.Raw());
-  check(ZySucceeded(scene.SetupChannels(read)));
-  check(ZySucceeded(item.ChannelLookup("mesh", channel)));
-  check(ZySucceeded(read.ValueObject(item, channel, mesh)));
-  check(ZySucceeded(mesh.PointAccessor(point)));
-  check(ZySucceeded(point.SelectByIndex(1)));
-  check(ZySucceeded(point.Position(position)) && position[0] == 1.0f);
-  check(locator.Set(item.Raw()));
-  check(ZySucceeded(locator.WorldTransform(read, matrix)));
-  const CZyLogService logService;
-  CZyUser_LogEntry entry, child;
-  check(ZySucceeded(logService.NewEntry(kSeverityInfo, "a", entry)));
-  check(ZySucceeded(logService.NewEntry(kSeverityInfo, "b", child)));
-  check(ZySucceeded(entry.AddChild(child)));
-  return good;
-}
-
-TEST(FailingHost, FailsOneCallAndForwardsTheRest) {
-  Host inner(SmallScene());
-  FailingHost host(inner, *inner.Scene());
-  SetZyHost(&host);
-  host.FailCall(0);
-  constexpr int all = 14;
-  EXPECT_EQ(UseScene(host.Scene()), all);
-  const std::size_t calls = host.Calls();
-  EXPECT_GT(calls, 20u) << "asking for interfaces counts as well";
-  for (std::size_t k = 1; k <= calls; ++k) {
-    host.FailCall(k);
-    EXPECT_LT(UseScene(host.Scene()), all) << "call " << k;
-    EXPECT_TRUE(host.AllReleased()) << "call " << k;
+// Each row: what a channel holds, and what the states show of it at time 1.
+TEST(Layers, ValuesAndCurvesByState) {
+  struct Case {
+    std::optional<double> edit, setupCurve, curve;
+    double setup, edited;
+    int setupAnimated, editAnimated;
+  };
+  const Case cases[] = {
+      {{}, {}, {}, 1, 1, 0, 0},   {2.0, {}, {}, 1, 2, 0, 0}, {{}, 3.0, {}, 3, 3, 1, 0},
+      {2.0, 3.0, {}, 3, 2, 1, 0}, {{}, {}, 4.0, 1, 4, 0, 1}, {2.0, 3.0, 4.0, 3, 4, 1, 1},
+  };
+  for (const Case& given : cases) {
+    SceneData scene = MakeScene();
+    ChannelData& channel = ChannelOf(scene, 0, "time");
+    channel.setup = 1.0;
+    if (given.edit) channel.extras.Make().edit = *given.edit;
+    if (given.setupCurve) channel.extras.Make().setupEnvelope = Keys({{0, *given.setupCurve}});
+    if (given.curve) channel.extras.Make().envelope = Keys({{0, *given.curve}});
+    const HostRig rig(scene);
+    const std::int32_t index = rig.Channel(0, "time");
+    for (const State state : {State::Setup, State::Bind, State::Edit, State::Evaluated}) {
+      const bool isSetup = state == State::Setup || state == State::Bind;
+      EXPECT_EQ(rig.Number(0, "time", state, 1), isSetup ? given.setup : given.edited);
+      const CZyUser_ChannelRead read = rig.Read(state);
+      const int animated = isSetup ? given.setupAnimated : given.editAnimated;
+      EXPECT_EQ(read.IsAnimated(rig.Item(0), index), animated);
+      CZyUser_Envelope envelope;
+      EXPECT_EQ(ZySucceeded(read.ChannelEnvelope(rig.Item(0), index, envelope)), animated == 1);
+    }
   }
-  host.FailCall(calls + 1);
-  EXPECT_EQ(UseScene(host.Scene()), all);
-  SetZyHost(nullptr);
-  EXPECT_EQ(inner.LiveObjects(), 0u);
+}
+
+TEST(Layers, KeyframeCursor) {
+  SceneData scene = MakeScene();
+  ChannelOf(scene, 0, "time").extras.Make().envelope = Keys({{0.5, 1}, {2, 3}, {7.25, 4}});
+  ChannelOf(scene, 0, "fps").extras.Make().envelope = EnvelopeData();
+  const HostRig rig(scene);
+  CZyUser_Envelope envelope;
+  CZyUser_Keyframe cursor;
+  double time = -1;
+  ASSERT_EQ(rig.Read(State::Edit).ChannelEnvelope(rig.Item(0), rig.Channel(0, "time"), envelope), ZYe_OK);
+  ASSERT_EQ(envelope.Keyframe(cursor), ZYe_OK);
+  EXPECT_TRUE(ZyFailed(cursor.GetTime(time)));
+  EXPECT_EQ(cursor.First(), ZYe_OK);
+  EXPECT_EQ(cursor.GetTime(time), ZYe_OK);
+  EXPECT_EQ(time, 0.5);
+  EXPECT_EQ(cursor.Last(), ZYe_OK);
+  EXPECT_EQ(cursor.GetTime(time), ZYe_OK);
+  EXPECT_EQ(time, 7.25);
+  ASSERT_EQ(rig.Read(State::Edit).ChannelEnvelope(rig.Item(0), rig.Channel(0, "fps"), envelope), ZYe_OK);
+  ASSERT_EQ(envelope.Keyframe(cursor), ZYe_OK);
+  EXPECT_TRUE(ZyFailed(cursor.First()));
+  EXPECT_TRUE(ZyFailed(cursor.Last()));
 }
 
 TEST(FailingHost, SeesReferencesThatAreKept) {
-  Host inner(SmallScene());
+  Host inner(MakeScene());
   FailingHost host(inner, *inner.Scene());
   CZyUser_ChannelRead read;
   {

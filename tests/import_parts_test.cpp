@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <numbers>
 #include <random>
 #include <string>
@@ -145,27 +144,23 @@ TEST(ImportParts, SurfacesOfOtherFormatsAreMadeSenseOf) {
     const HostDirectory directory;
     const ImportedScene imported = Import(
         directory, "m.dae",
-        "<?xml version=\"1.0\"?><COLLADA xmlns=\"http://www.collada.org/2005/11/COLLADASchema\" version=\"1.4.1\">"
-        "<asset><unit meter=\"0.5\"/><up_axis>Z_UP</up_axis></asset><library_effects><effect "
-        "id=\"e\"><profile_COMMON>"
-        "<technique sid=\"t\"><phong>" +
+        R"(<?xml version="1.0"?><COLLADA xmlns="http://www.collada.org/2005/11/COLLADASchema" version="1.4.1">
+<asset><unit meter="0.5"/><up_axis>Z_UP</up_axis></asset>
+<library_effects><effect id="e"><profile_COMMON><technique sid="t"><phong>)" +
             std::string(row.effect) +
-            "</phong></technique></profile_COMMON></effect></library_effects><library_materials><material "
-            "id=\"m\" "
-            "name=\"m\"><instance_effect url=\"#e\"/></material></library_materials><library_geometries>"
-            "<geometry id=\"g\"><mesh><source id=\"p\"><float_array id=\"a\" count=\"9\"> 0 0 0 1 0 0 0 1 0"
-            "</float_array><technique_common><accessor source=\"#a\" count=\"3\" stride=\"3\"><param name=\"X\" "
-            "type=\"float\"/><param name=\"Y\" type=\"float\"/><param name=\"Z\" type=\"float\"/></accessor>"
-            "</technique_common></source><vertices id=\"v\"><input semantic=\"POSITION\" "
-            "source=\"#p\"/></vertices>"
-            "<triangles material=\"s\" count=\"1\"><input semantic=\"VERTEX\" source=\"#v\" offset=\"0\"/><p>0 1 "
-            "2</p>"
-            "</triangles></mesh></geometry></library_geometries><library_visual_scenes><visual_scene id=\"w\">"
-            "<node id=\"n\" name=\"n\"><instance_geometry url=\"#g\"><bind_material><technique_common>"
-            "<instance_material symbol=\"s\" "
-            "target=\"#m\"/></technique_common></bind_material></instance_geometry>"
-            "</node></visual_scene></library_visual_scenes><scene><instance_visual_scene url=\"#w\"/></scene>"
-            "</COLLADA>");
+            R"(</phong></technique></profile_COMMON></effect></library_effects>
+<library_materials><material id="m" name="m"><instance_effect url="#e"/></material></library_materials>
+<library_geometries><geometry id="g"><mesh>
+<source id="p"><float_array id="a" count="9">0 0 0 1 0 0 0 1 0</float_array><technique_common>
+<accessor source="#a" count="3" stride="3">
+<param name="X" type="float"/><param name="Y" type="float"/><param name="Z" type="float"/></accessor>
+</technique_common></source><vertices id="v"><input semantic="POSITION" source="#p"/></vertices>
+<triangles material="s" count="1"><input semantic="VERTEX" source="#v" offset="0"/><p>0 1 2</p></triangles>
+</mesh></geometry></library_geometries>
+<library_visual_scenes><visual_scene id="w"><node id="n" name="n"><instance_geometry url="#g"><bind_material>
+<technique_common><instance_material symbol="s" target="#m"/></technique_common></bind_material>
+</instance_geometry></node></visual_scene></library_visual_scenes>
+<scene><instance_visual_scene url="#w"/></scene></COLLADA>)");
     const ItemData& shader = Find(imported.scene, "glTFShader");
     EXPECT_DOUBLE_EQ(Number(shader, "roughness"), row.roughness);
     EXPECT_EQ(Number(shader, "metallic"), 0);
@@ -181,8 +176,7 @@ TEST(ImportParts, SurfacesOfOtherFormatsAreMadeSenseOf) {
 }
 
 // A triangle with pivots that turns about z by a quarter in a second, in metres with z up.
-std::string PivotFbx() {
-  return R"(; FBX 7.4.0 project file
+constexpr char kPivotFbx[] = R"(; FBX 7.4.0 project file
 FBXHeaderExtension:  {
 	FBXHeaderVersion: 1003
 	FBXVersion: 7400
@@ -201,12 +195,8 @@ GlobalSettings:  {
 }
 Objects:  {
 	Geometry: 100, "Geometry::tri", "Mesh" {
-		Vertices: *9 {
-			a: 0,0,0,1,0,0,0,1,0
-		}
-		PolygonVertexIndex: *3 {
-			a: 0,1,-3
-		}
+		Vertices: *9 { a: 0,0,0,1,0,0,0,1,0 }
+		PolygonVertexIndex: *3 { a: 0,1,-3 }
 	}
 	Model: 200, "Model::arm", "Mesh" {
 		Properties70:  {
@@ -217,74 +207,31 @@ Objects:  {
 			P: "Lcl Scaling", "Lcl Scaling", "", "A",2,2,2
 		}
 	}
-	AnimationStack: 300, "AnimStack::turn", "" {
-		Properties70:  {
-			P: "LocalStop", "KTime", "Time", "",46186158000
-		}
-	}
-	AnimationLayer: 400, "AnimLayer::base", "" {
-	}
-	AnimationCurveNode: 500, "AnimCurveNode::R", "" {
-		Properties70:  {
-			P: "d|X", "Number", "", "A",0
-			P: "d|Y", "Number", "", "A",0
-			P: "d|Z", "Number", "", "A",0
-		}
-	}
+	AnimationStack: 300, "AnimStack::turn", "" { Properties70:  { P: "LocalStop", "KTime", "Time", "",46186158000 } }
+	AnimationLayer: 400, "AnimLayer::base", "" { }
+	AnimationCurveNode: 500, "AnimCurveNode::R", "" { Properties70:  { P: "d|X", "Number", "", "A",0 } }
 	AnimationCurve: 600, "AnimCurve::", "" {
-		KeyVer: 4008
-		KeyTime: *2 {
-			a: 0,46186158000
-		}
-		KeyValueFloat: *2 {
-			a: 0,90
-		}
-		KeyAttrFlags: *1 {
-			a: 1032
-		}
-		KeyAttrDataFloat: *4 {
-			a: 0,0,0,0
-		}
-		KeyAttrRefCount: *1 {
-			a: 2
-		}
+		KeyTime: *2 { a: 0,46186158000 }
+		KeyValueFloat: *2 { a: 0,90 }
 	}
 }
 Connections:  {
-	C: "OO",200,0
-	C: "OO",100,200
-	C: "OO",400,300
-	C: "OO",500,400
-	C: "OP",500,200, "Lcl Rotation"
-	C: "OP",600,500, "d|Z"
+	C: "OO",200,0 C: "OO",100,200 C: "OO",400,300 C: "OO",500,400
+	C: "OP",500,200, "Lcl Rotation" C: "OP",600,500, "d|Z"
 }
 )";
-}
-
-std::vector<Point> PoseMesh(const test_support::GltfFile& file,
-                            const std::optional<test_support::Moment>& moment) {
-  const std::vector<Matrix4> worlds = test_support::PoseNodes(file, moment);
-  std::vector<Point> points;
-  for (rapidjson::SizeType node = 0; node < worlds.size(); ++node) {
-    if (!file.json["nodes"][node].HasMember("mesh")) continue;
-    const auto vertices = test_support::ReadVertices(file, file.json["meshes"][0]["primitives"][0]);
-    for (std::size_t i = 0; i < vertices.positions.size() / 3; ++i)
-      points.push_back(test_support::Transformed(test_support::Triple(vertices.positions, i), worlds[node]));
-  }
-  return points;
-}
 
 TEST(ImportParts, PivotsAndScaleTurnWithTheirNode) {
   const HostDirectory directory;
-  const ImportedScene imported = Import(directory, "pivot.fbx", PivotFbx());
+  const ImportedScene imported = Import(directory, "pivot.fbx", kPivotFbx);
   const test_support::GltfFile file = Export(imported.scene);
   ASSERT_EQ(file.json["animations"].Size(), 1u);
   const std::vector<double> times =
       test_support::AccessorValues(file, file.json["animations"][0]["samplers"][0]["input"].GetUint());
   ASSERT_GE(times.size(), 25u);
   EXPECT_EQ(times[24], 1);
-  const std::vector<Point> start = PoseMesh(file, test_support::Moment{0, 0});
-  const std::vector<Point> end = PoseMesh(file, test_support::Moment{0, 24});
+  const std::vector<Point> start = test_support::PoseFile(file, test_support::Moment{0, 0});
+  const std::vector<Point> end = test_support::PoseFile(file, test_support::Moment{0, 24});
   ASSERT_EQ(end.size(), 3u);
   const Point wantedStart[] = {{-1, 5, 0}, {1, 5, 0}, {-1, 5, -2}};
   const Point wantedEnd[] = {{1, 5, 2}, {1, 5, 0}, {-1, 5, 2}};
@@ -299,9 +246,9 @@ TEST(ImportParts, UnitsAndAxesCanBeOverruled) {
   ImportOptions options;
   options.metersPerUnit = 0.5;
   options.upAxis = importer::UpAxis::X;
-  const test_support::GltfFile fbx = Export(Import(directory, "pivot.fbx", PivotFbx(), options).scene);
+  const test_support::GltfFile fbx = Export(Import(directory, "pivot.fbx", kPivotFbx, options).scene);
   // (-1, 0, 5) of the file, with x upwards: y is x, x is -y.
-  EXPECT_LT(test_support::Distance(PoseMesh(fbx, std::nullopt)[0], {0, -0.5, 2.5}), 1e-6);
+  EXPECT_LT(test_support::Distance(test_support::PoseFile(fbx, std::nullopt)[0], {0, -0.5, 2.5}), 1e-6);
   options.upAxis = importer::UpAxis::Z;
   const test_support::GltfFile stl =
       Export(Import(directory, "t.stl",
@@ -309,7 +256,7 @@ TEST(ImportParts, UnitsAndAxesCanBeOverruled) {
                     "endfacet\nendsolid t\n",
                     options)
                  .scene);
-  EXPECT_LT(test_support::Distance(PoseMesh(stl, std::nullopt)[2], {0, 2, -0.5}), 1e-6);
+  EXPECT_LT(test_support::Distance(test_support::PoseFile(stl, std::nullopt)[2], {0, 2, -0.5}), 1e-6);
 }
 
 TEST(ImportParts, NamesOfEmbeddedTexturesAreSafe) {

@@ -8,7 +8,6 @@
 #include "tests/support/temp_directory.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
@@ -118,29 +117,6 @@ TEST_P(ImportedModel, HoldsWhatTheFileHolds) {
   EXPECT_EQ(row.clips, wanted.clips);
 }
 
-// All vertices of a file, posed.
-std::vector<Point> PoseFile(const test_support::GltfFile& file,
-                            const std::optional<test_support::Moment>& moment) {
-  const std::vector<Matrix4> worlds = test_support::PoseNodes(file, moment);
-  std::vector<Point> points;
-  for (rapidjson::SizeType index = 0; index < worlds.size(); ++index) {
-    const rapidjson::Value& node = file.json["nodes"][index];
-    if (!node.HasMember("mesh")) continue;
-    for (const auto& primitive : file.json["meshes"][node["mesh"].GetUint()]["primitives"].GetArray()) {
-      const auto vertices = test_support::ReadVertices(file, primitive);
-      if (node.HasMember("skin")) {
-        const auto posed =
-            test_support::PoseVertices(file, vertices, file.json["skins"][node["skin"].GetUint()], worlds);
-        points.insert(points.end(), posed.begin(), posed.end());
-        continue;
-      }
-      for (std::size_t i = 0; i < vertices.positions.size() / 3; ++i)
-        points.push_back(test_support::Transformed(test_support::Triple(vertices.positions, i), worlds[index]));
-    }
-  }
-  return points;
-}
-
 // The largest distance from one of the points to the nearest of the others.
 double LargestGap(const std::vector<Point>& points, const std::vector<Point>& others) {
   double largest = 0;
@@ -171,7 +147,7 @@ TEST_P(ImportedModel, StandsWhereTheFileSays) {
   const std::size_t stride = 1 + GetParam().points / 25;
   const std::vector<Point> rest = model.Pose("", 0, stride);
   if (rest.empty()) return;
-  EXPECT_LT(LargestGap(rest, PoseFile(file, std::nullopt)), 1e-4 * SizeOf(rest));
+  EXPECT_LT(LargestGap(rest, test_support::PoseFile(file, std::nullopt)), 1e-4 * SizeOf(rest));
   ASSERT_EQ(file.json.HasMember("animations") ? file.json["animations"].Size() : 0, GetParam().clips.size());
   for (std::uint32_t clip = 0; clip < GetParam().clips.size(); ++clip) {
     const rapidjson::Value& animation = file.json["animations"][clip];
@@ -179,7 +155,8 @@ TEST_P(ImportedModel, StandsWhereTheFileSays) {
         test_support::AccessorValues(file, animation["samplers"][0]["input"].GetUint());
     for (const std::size_t key : {std::size_t{0}, times.size() / 2, times.size() - 1}) {
       const std::vector<Point> posed = model.Pose(animation["name"].GetString(), times[key], stride);
-      EXPECT_LT(LargestGap(posed, PoseFile(file, test_support::Moment{clip, key})), 2e-4 * SizeOf(posed))
+      EXPECT_LT(LargestGap(posed, test_support::PoseFile(file, test_support::Moment{clip, key})),
+                2e-4 * SizeOf(posed))
           << animation["name"].GetString() << " at " << times[key] << " s";
     }
   }

@@ -1,34 +1,20 @@
 // `vornel load-options` from outside: what it shows, stores and writes, and what it refuses.
-#include "tests/support/command_runner.h"
-#include "tests/support/glb_reader.h"
-#include "tests/support/temp_directory.h"
+#include "tests/support/command_fixture.h"
 
-#include <gmock/gmock.h>
-#include <rapidjson/document.h>
-
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <iterator>
-#include <string>
+#include <sstream>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 namespace {
 
-namespace fs = std::filesystem;
-using test_support::CommandRun;
-using test_support::ReadWholeFile;
+using namespace test_support;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-enum ExitCode : int { kDone = 0, kUsage = 2, kInput = 3, kOutput = 4 };
-
-class LoadOptionsCommand : public testing::Test {
+class LoadOptionsCommand : public Command {
  protected:
   // With a configuration of its own unless the environment says otherwise; "OUT" at the start of an argument or
   // of a value of the environment stands for the directory.
@@ -43,18 +29,17 @@ class LoadOptionsCommand : public testing::Test {
       for (const std::size_t place : {std::size_t{0}, start})
         if (text.compare(place, 3, "OUT") == 0) text.replace(place, 3, Out().string());
     }
-    return test_support::RunCommand(all);
+    return RunCommand(all);
   }
   // The values as --json tells them, in order: "name=value", with "!" behind what is disabled.
   std::vector<std::string> Shown(std::vector<std::string> arguments = {}) {
     arguments.push_back("--json");
     const CommandRun run = Run(std::move(arguments));
     EXPECT_EQ(run.exitCode, kDone) << run.errors;
-    rapidjson::Document json;
-    json.Parse(run.output.c_str());
+    const rapidjson::Document json = Parsed(run.output);
     std::vector<std::string> shown;
     if (!json.IsObject()) return shown;
-    for (const auto& member : std::as_const(json).GetObject()) {
+    for (const auto& member : json.GetObject()) {
       const rapidjson::Value& value = member.value["value"];
       const std::string text = value.IsBool()  ? (value.GetBool() ? "true" : "false")
                                : value.IsInt() ? std::to_string(value.GetInt())
@@ -64,7 +49,6 @@ class LoadOptionsCommand : public testing::Test {
     return shown;
   }
 
-  const fs::path& Out() const { return directory_.Path(); }
   fs::path Config() const { return Out() / "cfg" / "vornel" / "config.json"; }
   std::vector<std::string> ConfigFiles() const {
     std::vector<std::string> files;
@@ -77,29 +61,19 @@ class LoadOptionsCommand : public testing::Test {
     fs::create_directories(Config().parent_path());
     std::ofstream(Config(), std::ios::binary) << text;
   }
-
- private:
-  test_support::TempDirectory directory_;
 };
 
-const std::vector<std::string> kFirstRun = {"mergeWithExistingItems=false",
-                                            "loadGeometry=true",
-                                            "loadNormals=true",
-                                            "loadMeshSmoothing=true",
-                                            "loadBlendShapes=true",
-                                            "loadPolygonParts=true",
-                                            "loadSelectionSets=true",
-                                            "loadMaterials=true",
-                                            "invertMatTranAmt=false",
-                                            "useMatTranColAsTranAmt=false",
-                                            "changeTextureEffect=false",
-                                            "loadCameras=true",
-                                            "loadLights=true",
-                                            "loadAnimation=true",
-                                            "loadSampleAnimation=true",
-                                            "loadSampleAnimationRate=0",
-                                            "globalScalingFactor=1.000000",
-                                            "importUnits=0"};
+std::vector<std::string> Words(const char* text) {
+  std::istringstream stream(text);
+  return {std::istream_iterator<std::string>(stream), {}};
+}
+
+const std::vector<std::string> kFirstRun = Words(
+    "mergeWithExistingItems=false loadGeometry=true loadNormals=true loadMeshSmoothing=true "
+    "loadBlendShapes=true loadPolygonParts=true loadSelectionSets=true loadMaterials=true "
+    "invertMatTranAmt=false useMatTranColAsTranAmt=false changeTextureEffect=false loadCameras=true "
+    "loadLights=true loadAnimation=true loadSampleAnimation=true loadSampleAnimationRate=0 "
+    "globalScalingFactor=1.000000 importUnits=0");
 
 TEST_F(LoadOptionsCommand, AFirstRunShowsTheDefaultsAndStoresNothing) {
   EXPECT_EQ(Shown(), kFirstRun);
@@ -113,24 +87,12 @@ TEST_F(LoadOptionsCommand, AFirstRunShowsTheDefaultsAndStoresNothing) {
 }
 
 TEST_F(LoadOptionsCommand, WhatIsSetIsStoredAndShown) {
-  std::vector<std::string> expected = {"mergeWithExistingItems=true",
-                                       "loadGeometry=false",
-                                       "loadNormals=false",
-                                       "loadMeshSmoothing=false",
-                                       "loadBlendShapes=false",
-                                       "loadPolygonParts=false",
-                                       "loadSelectionSets=false",
-                                       "loadMaterials=false",
-                                       "invertMatTranAmt=true",
-                                       "useMatTranColAsTranAmt=true",
-                                       "changeTextureEffect=true",
-                                       "loadCameras=false",
-                                       "loadLights=false",
-                                       "loadAnimation=false",
-                                       "loadSampleAnimation=false",
-                                       "loadSampleAnimationRate=1",
-                                       "globalScalingFactor=0.025000",
-                                       "importUnits=8"};
+  std::vector<std::string> expected = Words(
+      "mergeWithExistingItems=true loadGeometry=false loadNormals=false loadMeshSmoothing=false "
+      "loadBlendShapes=false loadPolygonParts=false loadSelectionSets=false loadMaterials=false "
+      "invertMatTranAmt=true useMatTranColAsTranAmt=true changeTextureEffect=true loadCameras=false "
+      "loadLights=false loadAnimation=false loadSampleAnimation=false loadSampleAnimationRate=1 "
+      "globalScalingFactor=0.025000 importUnits=8");
   std::vector<std::string> arguments;
   for (const std::string& setting : expected) arguments.insert(arguments.end(), {"--set", setting});
   for (const int disabled : {10, 14, 15}) expected[static_cast<std::size_t>(disabled)] += "!";

@@ -8,14 +8,7 @@
 namespace {
 
 using headless::ConfigStore;
-using test_support::Expected;
-using test_support::kDefaults;
-using test_support::kExpected;
-using test_support::LoadedModule;
-using test_support::OptionSets;
-using test_support::Rig;
-using test_support::Server;
-using test_support::ValuesOf;
+using namespace test_support;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -28,7 +21,7 @@ std::vector<std::string> StoredAt(const char* name) {
 }
 
 TEST(LoadOptionsConfig, EachOptionIsStoredAndShownAgain) {
-  const test_support::TempDirectory directory;
+  const TempDirectory directory;
   for (const LoadOptions& options : OptionSets()) {
     {
       Rig rig(std::make_shared<ConfigStore>(directory.Path() / "config.json"));
@@ -173,7 +166,7 @@ TEST(LoadOptionsConfig, TheTreeIsDeclaredOnce) {
 
 TEST(LoadOptionsConfig, NoFailingCallBreaksTheCommand) {
   headless::Host inner(headless::MakeScene());
-  test_support::FailingHost host(inner, *inner.Scene());
+  FailingHost host(inner, *inner.Scene());
   const auto use = [&] {
     bool isServed = false;
     {

@@ -10,12 +10,7 @@ namespace {
 
 using headless::BlockReader;
 using headless::BlockWriter;
-using test_support::Expected;
-using test_support::kDefaultFlags;
-using test_support::kDefaults;
-using test_support::kExpected;
-using test_support::OptionSets;
-using test_support::ValuesOf;
+using namespace test_support;
 
 std::string Record(std::uint32_t version, std::uint32_t flags, double scale) {
   BlockWriter writer;

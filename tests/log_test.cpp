@@ -3,7 +3,6 @@
 #include "saver/log_message.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <map>
 #include <memory>

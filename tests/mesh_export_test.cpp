@@ -5,7 +5,6 @@
 #include "tests/support/polygon_meshes.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 
@@ -14,19 +13,9 @@ namespace {
 using headless::kNone;
 using headless::LogLine;
 using headless::MeshData;
-using test_support::GltfFile;
-using test_support::MakeMap;
-using test_support::MeshScene;
-using test_support::PrimitiveOf;
-using test_support::RunSave;
-using test_support::SavedPrimitive;
-using test_support::SaveRun;
-using test_support::SetOption;
-using test_support::StripMesh;
-using test_support::TagAll;
+using namespace test_support;
 using testing::Contains;
 using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::IsEmpty;
 using Rows = std::vector<std::vector<double>>;
 
@@ -42,12 +31,12 @@ MeshData TaggedCube(double smoothingAngle) {
 struct Exported {
   SaveRun run;
   GltfFile file;
-  std::vector<std::string> Texts(LogLine::Kind kind) const { return test_support::TextsOf(run.log, kind); }
+  std::vector<std::string> Texts(LogLine::Kind kind) const { return TextsOf(run.log, kind); }
 };
 
 Exported Export(headless::SceneData scene) {
   SaveRun run = RunSave(std::move(scene));
-  GltfFile file = test_support::ReadGltfFile(run.output);
+  GltfFile file = ReadGltfFile(run.output);
   return {std::move(run), std::move(file)};
 }
 

@@ -1,10 +1,7 @@
-#include "headless/scene_data.h"
 #include "readers/mtl_parser.h"
-#include "readers/read_scene.h"
-#include "tests/support/host_directory.h"
+#include "tests/support/obj_rig.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <map>
@@ -14,22 +11,17 @@
 namespace {
 
 using headless::ItemData;
-using headless::ItemIndex;
 using headless::SceneData;
 using test_support::HostDirectory;
 using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
 SceneData ReadModel(const HostDirectory& directory, const std::string& obj, std::vector<std::string>& warnings) {
   directory.WriteFile("model.obj", obj + "\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
   readers::ReadReport report;
   SceneData scene = readers::ReadObj(directory / "model.obj", report);
-  warnings = report.warnings;
-  for (std::string& warning : warnings) {
-    const std::size_t place = warning.find(directory.Path().string());
-    if (place != std::string::npos) warning.erase(place, directory.Path().string().size() + 1);
-  }
+  for (const std::string& warning : report.warnings)
+    warnings.push_back(test_support::WithoutDirectory(warning, directory));
   return scene;
 }
 

@@ -3,7 +3,6 @@
 #include "tests/support/scan_rig.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cmath>
 
@@ -11,15 +10,10 @@ namespace {
 
 using headless::ItemIndex;
 using headless::LogLine;
-using test_support::RunSave;
-using test_support::ScanRig;
-using test_support::SceneBuilder;
-using test_support::TextsOf;
-using test_support::TreeText;
+using namespace test_support;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::SizeIs;
 
 TEST(Nodes, TypesAndNamesDecideWhatIsExported) {
@@ -330,7 +324,7 @@ TEST(Nodes, DeepHierarchiesAreSaved) {
   ItemIndex item = -1;
   for (int depth = 0; depth < 100000; ++depth) item = scene.Add("locator", "L", item);
   scene.Move(item, 1, 2, 3);
-  const test_support::SaveRun run = RunSave(std::move(scene.data));
+  const SaveRun run = RunSave(std::move(scene.data));
   EXPECT_EQ(run.result, ZYe_OK);
   EXPECT_THAT(TextsOf(run.log, LogLine::Kind::Error), IsEmpty());
   EXPECT_THAT(TextsOf(run.log, LogLine::Kind::Info), Contains("   Using Local matrix").Times(99999));

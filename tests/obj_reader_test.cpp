@@ -1,7 +1,6 @@
 #include "tests/support/obj_rig.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
@@ -12,13 +11,7 @@ namespace {
 using headless::kNone;
 using headless::MeshData;
 using headless::MeshMapData;
-using test_support::Corner;
-using test_support::HostDirectory;
-using test_support::Meshes;
-using test_support::Polygon;
-using test_support::ReadText;
-using test_support::Result;
-using test_support::Unfold;
+using namespace test_support;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

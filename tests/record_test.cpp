@@ -1,15 +1,13 @@
 // Scenes that are recorded and read again export as before.
 #include "readers/read_scene.h"
 #include "readers/scene_writer.h"
-#include "tests/support/command_runner.h"
-#include "tests/support/glb_reader.h"
+#include "tests/support/command_fixture.h"
 #include "tests/support/host_directory.h"
 #include "tests/support/random_mesh.h"
 #include "tests/support/save_runner.h"
 #include "tool/recorded_images.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -215,51 +213,42 @@ TEST(RecordedImages, CopiesTemporaryOnes) {
       std::system_error);
 }
 
-class RecordCommand : public testing::Test {
+class RecordCommand : public test_support::Command {
  protected:
-  test_support::CommandRun Run(const fs::path& input, const std::string& output,
-                               std::vector<std::string> more = {}) {
-    more.insert(more.begin(), {VORNEL_COMMAND, "record", input.string(), "-o", (directory_ / output).string()});
-    return test_support::RunCommand(more);
+  test_support::CommandRun RunRecord(const fs::path& input, const std::string& output,
+                                     const std::vector<std::string>& more = {}) {
+    std::vector<std::string> arguments = {"record", input.string(), "-o", "OUT/" + output};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return Run(arguments);
   }
-  // All names below the directory, hidden ones too.
-  std::vector<std::string> Files() const {
-    std::vector<std::string> files;
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(directory_.Path()))
-      files.push_back(entry.path().filename().string());
-    std::sort(files.begin(), files.end());
-    return files;
-  }
-
-  HostDirectory directory_;
 };
 
 TEST_F(RecordCommand, WritesAllFilesOrNone) {
   const fs::path model = kSource / "examples/room.orvo";
-  EXPECT_EQ(Run(model, "a.orvo", {"--binary"}).exitCode, 0);
+  EXPECT_EQ(RunRecord(model, "a.orvo", {"--binary"}).exitCode, 0);
   EXPECT_THAT(Files(), ElementsAre("a.bin", "a.orvo"));
-  const std::string text = ReadWholeFile(directory_ / "a.orvo"), arrays = ReadWholeFile(directory_ / "a.bin");
+  const std::string text = Read("a.orvo"), arrays = Read("a.bin");
 
-  const auto wrongKind = Run(model, "a.glb");
+  const auto wrongKind = RunRecord(model, "a.glb");
   EXPECT_EQ(wrongKind.exitCode, 2);
-  EXPECT_EQ(Run(directory_ / "missing.orvo", "a.orvo").exitCode, 3);
+  EXPECT_EQ(RunRecord(Out() / "missing.orvo", "a.orvo").exitCode, 3);
   // The arrays are read while they would be written.
-  fs::copy_file(directory_ / "a.orvo", directory_ / "b.orvo");
+  fs::copy_file(Out() / "a.orvo", Out() / "b.orvo");
   for (const char* input : {"a.orvo", "b.orvo"}) {
-    const auto over = Run(directory_ / input, "a.orvo", {"--binary"});
+    const auto over = RunRecord(Out() / input, "a.orvo", {"--binary"});
     EXPECT_EQ(over.exitCode, 4);
     EXPECT_THAT(over.errors, HasSubstr("would be written over, but the scene is read from it"));
   }
-  const auto noFolder = Run(model, "no/a.orvo");
+  const auto noFolder = RunRecord(model, "no/a.orvo");
   EXPECT_EQ(noFolder.exitCode, 4);
   EXPECT_THAT(Files(), ElementsAre("a.bin", "a.orvo", "b.orvo"));
-  EXPECT_EQ(ReadWholeFile(directory_ / "a.orvo"), text);
-  EXPECT_EQ(ReadWholeFile(directory_ / "a.bin"), arrays);
+  EXPECT_EQ(Read("a.orvo"), text);
+  EXPECT_EQ(Read("a.bin"), arrays);
 }
 
 TEST_F(RecordCommand, NamesTheFileThatCouldNotBeWritten) {
   const std::string script = "ulimit -f 1; exec \"$0\" record \"$1\" -o \"$2\"";
-  const std::string output = (directory_ / "a.orvo").string();
+  const std::string output = (Out() / "a.orvo").string();
   const auto run = test_support::RunCommand(
       {"sh", "-c", script, VORNEL_COMMAND, (kSource / "examples/room.orvo").string(), output});
   EXPECT_EQ(run.exitCode, 4);

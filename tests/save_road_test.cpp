@@ -2,38 +2,24 @@
 #include "host/counted_object.h"
 #include "host/user_services.h"
 #include "saver/module.h"
+#include "tests/support/glb_reader.h"
 #include "tests/support/scan_rig.h"
 #include "tests/support/temp_directory.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 
 namespace {
 
 using headless::ItemIndex;
 using headless::LogLine;
-using test_support::HostPath;
-using test_support::LoadedModule;
-using test_support::RunSave;
-using test_support::SaveRun;
-using test_support::SceneBuilder;
-using test_support::TempDirectory;
-using test_support::TextsOf;
+using namespace test_support;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
 
 constexpr const char* kFatal = "Fatal internal error in FBX saver";
-
-std::string BytesOf(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
 
 // A scene that logs `errors` errors and saves well.
 SceneBuilder SceneWithErrors(int errors) {
@@ -104,17 +90,6 @@ TEST(SaveRoad, TheModuleServesItsOptionsAndTwoSavers) {
   EXPECT_EQ(CreateModule(nullptr, nullptr), ZYe_FAILED);
 }
 
-TEST(SaveRoad, WithoutMonitorThereIsOnePass) {
-  const SaveRun run = RunSave(SceneWithErrors(0).data);
-  EXPECT_EQ(run.result, ZYe_OK);
-  EXPECT_TRUE(std::filesystem::exists(run.output));
-  EXPECT_THAT(TextsOf(run.log, LogLine::Kind::Setup), ElementsAre("glTf v2 :: InitSaver()"));
-  const std::vector<std::string> infos = TextsOf(run.log, LogLine::Kind::Info);
-  EXPECT_THAT(infos, Contains("RunSaver()").Times(1));
-  EXPECT_EQ(run.log.back().text, "...DONE");
-  EXPECT_EQ(run.leakedObjects, 0u);
-}
-
 TEST(SaveRoad, TheMonitorSeesOneScanAndAllSteps) {
   TestMonitor monitor;
   const SaveRun run = RunSave(SceneWithErrors(1).data, "scene.glb", &monitor);
@@ -134,7 +109,7 @@ TEST(SaveRoad, ARefusalIsTheResultOfAFinishedSave) {
   EXPECT_EQ(run.result, ZYe_ABORTED);
   EXPECT_EQ(monitor.steps, 4u);
   EXPECT_EQ(run.log.back().text, "...DONE");
-  EXPECT_EQ(BytesOf(run.output), BytesOf(RunSave(SceneWithErrors(0).data).output));
+  EXPECT_EQ(ReadWholeFile(run.output), ReadWholeFile(RunSave(SceneWithErrors(0).data).output));
 }
 
 TEST(SaveRoad, AFailureKeptByTheFrameIsTheResult) {
@@ -241,7 +216,7 @@ TEST(SaveRoad, ASaverCarriesNothingOver) {
   const auto save = [&](const CountedRef<IZySaver>& with, const char* name) {
     const std::filesystem::path path = directory.Path() / name;
     EXPECT_EQ(with.Raw()->Save(host.Scene(), HostPath(path).c_str(), nullptr), ZYe_OK);
-    return BytesOf(path);
+    return ReadWholeFile(path);
   };
   const std::string first = save(saver, "first.glb");
   const std::string text = save(module.NewSaver("gltf.gltf"), "text.gltf");
@@ -249,18 +224,6 @@ TEST(SaveRoad, ASaverCarriesNothingOver) {
   EXPECT_EQ(first.substr(0, 4), "glTF");
   EXPECT_EQ(text.substr(0, 1), "{");
   EXPECT_TRUE(std::filesystem::exists(directory.Path() / "text.bin"));
-}
-
-TEST(SaveRoad, ByDefaultTheSelectionIsSaved) {
-  SceneBuilder scene;
-  scene.data.userValues.clear();
-  scene.Add("locator", "A");
-  scene.data.selection = {scene.Add("locator", "B")};
-  const SaveRun run = RunSave(scene.data);
-  EXPECT_EQ(run.result, ZYe_OK);
-  EXPECT_THAT(TextsOf(run.log, LogLine::Kind::Info), Contains("Scanning finished, rootItems:1"));
-  EXPECT_THAT(BytesOf(run.output), ::testing::HasSubstr("\"B\""));
-  EXPECT_THAT(BytesOf(run.output), Not(::testing::HasSubstr("\"A\"")));
 }
 
 TEST(SaveRoad, WrongTargetsAreRefused) {

@@ -3,7 +3,6 @@
 #include "tests/support/scan_rig.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 namespace {
 
@@ -86,21 +85,6 @@ TEST(Scan, RootsFollowExportType) {
     EXPECT_EQ(NamesOf(rig.Scan().rootItems), row.roots)
         << "type " << row.exportType << ", selected " << ::testing::PrintToString(row.selection);
   }
-}
-
-TEST(Scan, LogsWhatItFinds) {
-  RootScene all;
-  ScanRig allRig(all.data);
-  allRig.Scan();
-  EXPECT_THAT(allRig.Texts(LogLine::Kind::Setup), ElementsAre("glTf v2 :: InitSaver()"));
-  EXPECT_THAT(allRig.Texts(), ElementsAre("Root item:A\n", "Root item:D\n", "Scanning finished, rootItems:2",
-                                          "Root item:A\n", "Root item:D\n"));
-  RootScene selected;
-  selected.Option("exportType", 1);
-  selected.data.selection = {selected.c};
-  ScanRig selectedRig(selected.data);
-  selectedRig.Scan();
-  EXPECT_THAT(selectedRig.Texts(), ElementsAre("   C", "Scanning finished, rootItems:1", "Root item:C\n"));
 }
 
 // A skeleton Rig > Hip > Knee and a joint Loose, all driving the mesh Skin.

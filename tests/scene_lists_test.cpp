@@ -3,7 +3,6 @@
 #include "tests/support/host_directory.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <cmath>
 #include <string>

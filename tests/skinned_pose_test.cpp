@@ -7,18 +7,11 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
-
 namespace {
 
 using namespace motion;
 using rapidjson::Value;
-using test_support::AccessorValues;
-using test_support::Distance;
-using test_support::GltfFile;
-using test_support::Point;
-using test_support::Transformed;
-using test_support::Triple;
+using namespace test_support;
 
 constexpr std::uint32_t kColumns = 6;
 
@@ -138,19 +131,19 @@ class HostPose {
 TEST(SkinnedPose, FollowsTheScene) {
   const Strip strip;
   const HostPose host(strip);
-  const test_support::SaveRun run = test_support::RunSave(strip.scene);
+  const SaveRun run = RunSave(strip.scene);
   ASSERT_EQ(run.result, ZYe_OK);
-  const GltfFile file = test_support::ReadGltfFile(run.output);
+  const GltfFile file = ReadGltfFile(run.output);
 
-  const auto vertices = test_support::ReadVertices(file, file.json["meshes"][0]["primitives"][0]);
+  const auto vertices = ReadVertices(file, file.json["meshes"][0]["primitives"][0]);
   const Value& sampler = file.json["animations"][0]["samplers"][0];
   const std::vector<double> times = AccessorValues(file, sampler["input"].GetUint());
   ASSERT_EQ(vertices.positions.size(), 3u * 2 * kColumns);
 
   for (std::size_t key = 0; key < times.size(); ++key) {
     SCOPED_TRACE(times[key]);
-    const std::vector<Matrix4> worlds = test_support::PoseNodes(file, test_support::Moment{0, key});
-    const std::vector<Point> posed = test_support::PoseVertices(file, vertices, file.json["skins"][0], worlds);
+    const std::vector<Matrix4> worlds = PoseNodes(file, Moment{0, key});
+    const std::vector<Point> posed = PoseVertices(file, vertices, file.json["skins"][0], worlds);
     for (std::size_t vertex = 0; vertex < posed.size(); ++vertex) {
       const Point bound = Triple(vertices.positions, vertex);
       std::size_t point = 0;
@@ -164,8 +157,8 @@ TEST(SkinnedPose, FollowsTheScene) {
 TEST(SkinnedPose, PositionsStayInObjectSpaceWhenAsked) {
   Strip strip;
   strip.scene.userValues["sceneio.gltf.save.skinnedMeshInWS"] = 0;
-  const test_support::SaveRun run = test_support::RunSave(strip.scene);
-  const GltfFile file = test_support::ReadGltfFile(run.output);
+  const SaveRun run = RunSave(strip.scene);
+  const GltfFile file = ReadGltfFile(run.output);
   const Value& attributes = file.json["meshes"][0]["primitives"][0]["attributes"];
   const std::vector<double> positions = AccessorValues(file, attributes["POSITION"].GetUint());
   ASSERT_EQ(positions.size(), 3 * strip.points.size());
@@ -182,8 +175,8 @@ TEST(SkinnedPose, SkinsHangOnAnOptionNamedForMorphs) {
   for (const std::int32_t option : {0, 2}) {
     Strip strip;
     strip.scene.userValues["sceneio.gltf.save.morphMaps"] = option;
-    const test_support::SaveRun run = test_support::RunSave(strip.scene);
-    const GltfFile file = test_support::ReadGltfFile(run.output);
+    const SaveRun run = RunSave(strip.scene);
+    const GltfFile file = ReadGltfFile(run.output);
     EXPECT_FALSE(file.json.HasMember("skins"));
     EXPECT_EQ(file.text.find("JOINTS_0"), std::string::npos);
   }

@@ -15,23 +15,12 @@ constexpr double kPi = 3.14159265358979323846;
 // The rotation matrix of a unit quaternion, for row vectors.
 Matrix4 RotationMatrix(const std::array<double, 4>& q) {
   const auto [x, y, z, w] = q;
+  const double rows[3][3] = {{1 - 2 * (y * y + z * z), 2 * (x * y + z * w), 2 * (x * z - y * w)},
+                             {2 * (x * y - z * w), 1 - 2 * (x * x + z * z), 2 * (y * z + x * w)},
+                             {2 * (x * z + y * w), 2 * (y * z - x * w), 1 - 2 * (x * x + y * y)}};
   Matrix4 matrix;
-  matrix.m = {1 - 2 * (y * y + z * z),
-              2 * (x * y + z * w),
-              2 * (x * z - y * w),
-              0,
-              2 * (x * y - z * w),
-              1 - 2 * (x * x + z * z),
-              2 * (y * z + x * w),
-              0,
-              2 * (x * z + y * w),
-              2 * (y * z - x * w),
-              1 - 2 * (x * x + y * y),
-              0,
-              0,
-              0,
-              0,
-              1};
+  for (std::size_t row = 0; row < 3; ++row)
+    for (std::size_t column = 0; column < 3; ++column) matrix(row, column) = rows[row][column];
   return matrix;
 }
 

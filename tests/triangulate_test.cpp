@@ -3,7 +3,6 @@
 #include "headless/polygon_area.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
@@ -90,25 +89,13 @@ std::vector<Polygon> Corpus() {
   };
 }
 
-// Planes that all three axes are dropped from, in both directions; whole numbers stay whole.
-using Plane = std::array<float, 3> (*)(int u, int v);
-constexpr auto F = [](int value) { return static_cast<float>(value); };
+// Planes that all three axes are dropped from, in both directions; whole numbers stay whole. Each row is a
+// coordinate: the factors of u and v, and a constant.
+using Plane = std::array<std::array<int, 3>, 3>;
 constexpr Plane kPlanes[] = {
-    [](int u, int v) {
-      return std::array{F(u), F(v), 7.0f};
-    },
-    [](int u, int v) {
-      return std::array{F(v), F(u), F(u + 2 * v)};
-    },
-    [](int u, int v) {
-      return std::array{F(3 * u - v), F(u), F(v)};
-    },
-    [](int u, int v) {
-      return std::array{F(u), F(2 * u - 5 * v), F(v)};
-    },
-    [](int u, int v) {
-      return std::array{F(v), F(2 * u + 5 * v), F(u)};
-    },
+    {{{1, 0, 0}, {0, 1, 0}, {0, 0, 7}}},  {{{0, 1, 0}, {1, 0, 0}, {1, 2, 0}}},
+    {{{3, -1, 0}, {1, 0, 0}, {0, 1, 0}}}, {{{1, 0, 0}, {2, -5, 0}, {0, 1, 0}}},
+    {{{0, 1, 0}, {2, 5, 0}, {1, 0, 0}}},
 };
 
 // How often each edge is passed forwards, less how often backwards.
@@ -121,11 +108,11 @@ void AddEdge(Chain& chain, std::uint32_t from, std::uint32_t to) {
   if (place->second == 0) chain.erase(place);
 }
 
-std::vector<float> PlacePoints(const Polygon& polygon, Plane plane) {
+std::vector<float> PlacePoints(const Polygon& polygon, const Plane& plane) {
   std::vector<float> points;
   for (const auto& [u, v] : polygon.points) {
-    const auto point = plane(u, v);
-    points.insert(points.end(), point.begin(), point.end());
+    for (const auto& [ofU, ofV, constant] : plane)
+      points.push_back(static_cast<float>(ofU * u + ofV * v + constant));
   }
   return points;
 }
@@ -239,7 +226,7 @@ TEST(Triangulate, ATangleIsAFanAtOnce) {
   std::vector<std::uint32_t> corners;
   for (std::uint32_t corner = 0; corner < kCorners; ++corner) {
     points.insert(points.end(),
-                  {F(static_cast<int>(corner * 7919 % 6007)), F(static_cast<int>(corner * 104729 % 6011)), 0});
+                  {static_cast<float>(corner * 7919 % 6007), static_cast<float>(corner * 104729 % 6011), 0});
     corners.push_back(corner);
   }
   std::vector<std::uint32_t> triangles;

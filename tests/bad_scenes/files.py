@@ -5,7 +5,6 @@ import socket
 from case import CUBE, OLD, Case
 
 ARRAY = '{"orvo": 1, "items": [{"mesh": {"points": {"file": "@", "count": 9}, "polygons": [[0, 1, 2]]}}]}'
-LINKED = {"hard link", "link to a file"}
 PNG = b"\x89PNG\r\n\x1a\n" + bytes(24)
 JPEG = b"\xff\xd8\xff\xe0\0\x10JFIF\0" + bytes(16)
 

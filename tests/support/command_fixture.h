@@ -18,10 +18,16 @@ namespace test_support {
 
 namespace fs = std::filesystem;
 
-enum ExitCode : int { kDone = 0, kWarnings = 1, kUsage = 2, kInput = 3, kOutput = 4 };
+enum ExitCode : int { kDone = 0, kWarnings = 1, kUsage = 2, kInput = 3, kOutput = 4, kSomeFailed = 5 };
 
 inline const fs::path kGoldens = fs::path(VORNEL_SOURCE_DIR) / "tests" / "golden";
 inline const std::string kScene = (kGoldens / "meshes.orvo").string();
+
+inline rapidjson::Document Parsed(const std::string& text) {
+  rapidjson::Document json;
+  json.Parse(text.c_str(), text.size());
+  return json;
+}
 
 // Runs in a new directory; "OUT" at the start of an argument stands for it.
 class Command : public testing::Test {

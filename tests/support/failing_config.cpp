@@ -7,43 +7,31 @@ namespace test_support {
 
 namespace {
 
-class PersistEntryPart final : public Part<IZyPersistEntry> {
- public:
-  using Part<IZyPersistEntry>::Part;
-  zyresult Select(const char* key) override { return Call(&IZyPersistEntry::Select, key); }
-  zyresult Insert(const char* key) override { return Call(&IZyPersistEntry::Insert, key); }
-  zyresult Append() override { return Call(&IZyPersistEntry::Append); }
+struct PersistEntryPart final : Part<IZyPersistEntry> {
+  zyresult Select(const char* key) override { return Call(&Host::Select, key); }
+  zyresult Insert(const char* key) override { return Call(&Host::Insert, key); }
+  zyresult Append() override { return Call(&Host::Append); }
 };
 
-class PersistValuePart final : public Part<IZyPersistValue> {
- public:
-  using Part<IZyPersistValue>::Part;
-  zyresult GetInt(std::int32_t& value) override { return Call(&IZyPersistValue::GetInt, value); }
-  zyresult SetInt(std::int32_t value) override { return Call(&IZyPersistValue::SetInt, value); }
-  zyresult GetDouble(double& value) override { return Call(&IZyPersistValue::GetDouble, value); }
-  zyresult SetDouble(double value) override { return Call(&IZyPersistValue::SetDouble, value); }
+struct PersistValuePart final : Part<IZyPersistValue> {
+  zyresult GetInt(std::int32_t& value) override { return Call(&Host::GetInt, value); }
+  zyresult SetInt(std::int32_t value) override { return Call(&Host::SetInt, value); }
+  zyresult GetDouble(double& value) override { return Call(&Host::GetDouble, value); }
+  zyresult SetDouble(double value) override { return Call(&Host::SetDouble, value); }
 };
 
-class PersistenceServicePart final : public Part<IZyPersistenceService> {
- public:
-  using Part<IZyPersistenceService>::Part;
+struct PersistenceServicePart final : Part<IZyPersistenceService> {
   zyresult Configure(const char* domain, IZyVisitor* visitor) override {
-    return Call(&IZyPersistenceService::Configure, domain, visitor);
+    return Call(&Host::Configure, domain, visitor);
   }
-  zyresult StartEntry(const char* name, ZyEntryKind kind) override {
-    return Call(&IZyPersistenceService::StartEntry, name, kind);
-  }
-  zyresult AddValue(const char* type, IZyObject*& value) override {
-    return CallFor(value, &IZyPersistenceService::AddValue, type);
-  }
-  zyresult EndEntry(IZyObject*& entry) override { return CallFor(entry, &IZyPersistenceService::EndEntry); }
+  zyresult StartEntry(const char* name, ZyEntryKind kind) override { return Call(&Host::StartEntry, name, kind); }
+  zyresult AddValue(const char* type, IZyObject*& value) override { return CallFor(value, &Host::AddValue, type); }
+  zyresult EndEntry(IZyObject*& entry) override { return CallFor(entry, &Host::EndEntry); }
 };
 
-class IOServicePart final : public Part<IZyIOService> {
- public:
-  using Part<IZyIOService>::Part;
-  zyresult SetOptions(IZyObject* options) override { return Call(&IZyIOService::SetOptions, options); }
-  zyresult Options(IZyObject*& options) override { return CallFor(options, &IZyIOService::Options); }
+struct IOServicePart final : Part<IZyIOService> {
+  zyresult SetOptions(IZyObject* options) override { return Call(&Host::SetOptions, options); }
+  zyresult Options(IZyObject*& options) override { return CallFor(options, &Host::Options); }
 };
 
 constexpr PartRow kParts[] = {RowOf<PersistEntryPart>(), RowOf<PersistValuePart>(),

@@ -7,100 +7,86 @@ namespace test_support {
 
 namespace {
 
-class PointPart final : public Part<IZyPoint> {
- public:
-  using Part<IZyPoint>::Part;
-  zyresult SelectByIndex(std::uint32_t index) override { return Call(&IZyPoint::SelectByIndex, index); }
-  zyresult SelectById(ZyPointId id) override { return Call(&IZyPoint::SelectById, id); }
-  zyresult Id(ZyPointId& id) override { return Call(&IZyPoint::Id, id); }
-  zyresult Index(std::uint32_t& index) override { return Call(&IZyPoint::Index, index); }
-  zyresult Position(float (&position)[3]) override { return Call(&IZyPoint::Position, position); }
-  zyresult MapValue(ZyMeshMapId map, float* value) override { return Call(&IZyPoint::MapValue, map, value); }
+struct PointPart final : Part<IZyPoint> {
+  zyresult SelectByIndex(std::uint32_t index) override { return Call(&Host::SelectByIndex, index); }
+  zyresult SelectById(ZyPointId id) override { return Call(&Host::SelectById, id); }
+  zyresult Id(ZyPointId& id) override { return Call(&Host::Id, id); }
+  zyresult Index(std::uint32_t& index) override { return Call(&Host::Index, index); }
+  zyresult Position(float (&position)[3]) override { return Call(&Host::Position, position); }
+  zyresult MapValue(ZyMeshMapId map, float* value) override { return Call(&Host::MapValue, map, value); }
   zyresult Normal(ZyPolygonId polygon, double (&normal)[3]) override {
-    return Call(&IZyPoint::Normal, polygon, normal);
+    return Call(&Host::Normal, polygon, normal);
   }
 };
 
-class PolygonPart final : public Part<IZyPolygon> {
- public:
-  using Part<IZyPolygon>::Part;
-  zyresult SelectByIndex(std::uint32_t index) override { return Call(&IZyPolygon::SelectByIndex, index); }
-  zyresult SelectById(ZyPolygonId id) override { return Call(&IZyPolygon::SelectById, id); }
-  zyresult Id(ZyPolygonId& id) override { return Call(&IZyPolygon::Id, id); }
-  zyresult TriangleCount(std::uint32_t& count) override { return Call(&IZyPolygon::TriangleCount, count); }
+struct PolygonPart final : Part<IZyPolygon> {
+  zyresult SelectByIndex(std::uint32_t index) override { return Call(&Host::SelectByIndex, index); }
+  zyresult SelectById(ZyPolygonId id) override { return Call(&Host::SelectById, id); }
+  zyresult Id(ZyPolygonId& id) override { return Call(&Host::Id, id); }
+  zyresult TriangleCount(std::uint32_t& count) override { return Call(&Host::TriangleCount, count); }
   zyresult TriangleByIndex(std::uint32_t index, ZyPointId (&points)[3]) override {
-    return Call(&IZyPolygon::TriangleByIndex, index, points);
+    return Call(&Host::TriangleByIndex, index, points);
   }
-  const char* GetTag(std::uint32_t tagId) override { return Call(&IZyPolygon::GetTag, tagId); }
+  const char* GetTag(std::uint32_t tagId) override { return Call(&Host::GetTag, tagId); }
   zyresult MapEvaluate(ZyMeshMapId map, ZyPointId point, float* value) override {
-    return Call(&IZyPolygon::MapEvaluate, map, point, value);
+    return Call(&Host::MapEvaluate, map, point, value);
   }
   zyresult MapValue(ZyMeshMapId map, ZyPointId point, float* value) override {
-    return Call(&IZyPolygon::MapValue, map, point, value);
+    return Call(&Host::MapValue, map, point, value);
   }
 };
 
-class ValueKeysPart final : public Part<IZyValueKeys> {
- public:
-  using Part<IZyValueKeys>::Part;
+struct ValueKeysPart final : Part<IZyValueKeys> {
   zyresult TriangleKeys(std::uint32_t triangle, const ZyMeshMapId* maps, std::uint32_t count,
                         ZyPointId (&points)[3], std::uint32_t* keys) override {
-    return Call(&IZyValueKeys::TriangleKeys, triangle, maps, count, points, keys);
+    return Call(&Host::TriangleKeys, triangle, maps, count, points, keys);
   }
 };
 
-class MeshMapPart final : public Part<IZyMeshMap> {
- public:
-  using Part<IZyMeshMap>::Part;
-  zyresult FilterByType(std::uint32_t type) override { return Call(&IZyMeshMap::FilterByType, type); }
-  zyresult Enumerate(CZyImpl_AbstractVisitor& visitor) override { return Call(&IZyMeshMap::Enumerate, visitor); }
-  zyresult Name(const char*& text) override { return Call(&IZyMeshMap::Name, text); }
-  zyresult Id(ZyMeshMapId& id) override { return Call(&IZyMeshMap::Id, id); }
+struct MeshMapPart final : Part<IZyMeshMap> {
+  zyresult FilterByType(std::uint32_t type) override { return Call(&Host::FilterByType, type); }
+  zyresult Enumerate(CZyImpl_AbstractVisitor& visitor) override { return Call(&Host::Enumerate, visitor); }
+  zyresult Name(const char*& text) override { return Call(&Host::Name, text); }
+  zyresult Id(ZyMeshMapId& id) override { return Call(&Host::Id, id); }
   zyresult SelectByName(std::uint32_t type, const char* name) override {
-    return Call(&IZyMeshMap::SelectByName, type, name);
+    return Call(&Host::SelectByName, type, name);
   }
   zyresult EnumerateContents(CZyImpl_AbstractVisitor& visitor, IZyPoint* point) override {
-    return Call(&IZyMeshMap::EnumerateContents, visitor, point);
+    return Call(&Host::EnumerateContents, visitor, point);
   }
 };
 
-class MeshPart final : public Part<IZyMesh> {
- public:
-  using Part<IZyMesh>::Part;
-  zyresult PointCount(std::uint32_t& count) override { return Call(&IZyMesh::PointCount, count); }
-  zyresult PolygonCount(std::uint32_t& count) override { return Call(&IZyMesh::PolygonCount, count); }
-  zyresult PointAccessor(IZyObject*& accessor) override { return CallFor(accessor, &IZyMesh::PointAccessor); }
-  zyresult PolygonAccessor(IZyObject*& accessor) override { return CallFor(accessor, &IZyMesh::PolygonAccessor); }
-  zyresult MeshMapAccessor(IZyObject*& accessor) override { return CallFor(accessor, &IZyMesh::MeshMapAccessor); }
+struct MeshPart final : Part<IZyMesh> {
+  zyresult PointCount(std::uint32_t& count) override { return Call(&Host::PointCount, count); }
+  zyresult PolygonCount(std::uint32_t& count) override { return Call(&Host::PolygonCount, count); }
+  zyresult PointAccessor(IZyObject*& accessor) override { return CallFor(accessor, &Host::PointAccessor); }
+  zyresult PolygonAccessor(IZyObject*& accessor) override { return CallFor(accessor, &Host::PolygonAccessor); }
+  zyresult MeshMapAccessor(IZyObject*& accessor) override { return CallFor(accessor, &Host::MeshMapAccessor); }
 };
 
-class GroupDeformerPart final : public Part<IZyGroupDeformer> {
- public:
-  using Part<IZyGroupDeformer>::Part;
-  std::uint32_t DeformerCount() override { return Call(&IZyGroupDeformer::DeformerCount); }
+struct GroupDeformerPart final : Part<IZyGroupDeformer> {
+  std::uint32_t DeformerCount() override { return Call(&Host::DeformerCount); }
   zyresult DeformerByIndex(std::uint32_t index, IZyObject*& deformer) override {
-    return CallFor(deformer, &IZyGroupDeformer::DeformerByIndex, index);
+    return CallFor(deformer, &Host::DeformerByIndex, index);
   }
   zyresult PointWeights(std::uint32_t mesh, ZyPointId point, std::uint32_t* deformers, float* weights,
                         std::uint32_t& count) override {
-    return Call(&IZyGroupDeformer::PointWeights, mesh, point, deformers, weights, count);
+    return Call(&Host::PointWeights, mesh, point, deformers, weights, count);
   }
 };
 
-class DeformerServicePart final : public Part<IZyDeformerService> {
- public:
-  using Part<IZyDeformerService>::Part;
+struct DeformerServicePart final : Part<IZyDeformerService> {
   zyresult GroupDeformer(IZyItem* group, IZyChannelRead* read, IZyObject*& deformer) override {
-    return CallFor(deformer, &IZyDeformerService::GroupDeformer, group, read);
+    return CallFor(deformer, &Host::GroupDeformer, group, read);
   }
   zyresult MeshCount(IZyItem* group, std::uint32_t& count) override {
-    return Call(&IZyDeformerService::MeshCount, group, count);
+    return Call(&Host::MeshCount, group, count);
   }
   zyresult MeshByIndex(IZyItem* group, std::uint32_t index, IZyObject*& mesh) override {
-    return CallFor(mesh, &IZyDeformerService::MeshByIndex, group, index);
+    return CallFor(mesh, &Host::MeshByIndex, group, index);
   }
   zyresult DeformerDeformationItem(IZyItem* deformer, IZyObject*& item) override {
-    return CallFor(item, &IZyDeformerService::DeformerDeformationItem, deformer);
+    return CallFor(item, &Host::DeformerDeformationItem, deformer);
   }
 };
 

@@ -102,26 +102,29 @@ class Part : public I, public AnyPart {
  public:
   using Host = I;
 
-  Part(Proxy& owner, I& inner) : owner_(owner), inner_(inner) {}
+  void Attach(Proxy& owner, I& inner) {
+    owner_ = &owner;
+    inner_ = &inner;
+  }
 
-  void AddRef() override { owner_.AddRef(); }
-  void Release() override { owner_.Release(); }
-  void* Interface(std::uint32_t id) override { return owner_.Interface(id); }
+  void AddRef() override { owner_->AddRef(); }
+  void Release() override { owner_->Release(); }
+  void* Interface(std::uint32_t id) override { return owner_->Interface(id); }
 
  protected:
   template <class Result, class... Parameters, class... Arguments>
   Result Call(Result (I::*operation)(Parameters...), Arguments&&... arguments) {
-    if (owner_.Faults().CountAndTest()) {
+    if (owner_->Faults().CountAndTest()) {
       if constexpr (std::same_as<Result, zyresult>) return ZYe_FAILED;
       return Result();
     }
-    return (inner_.*operation)(Unwrapped<Parameters>(arguments)...);
+    return (inner_->*operation)(Unwrapped<Parameters>(arguments)...);
   }
 
   // For operations whose plain number has the type of a result code.
   template <class... Parameters>
   std::int32_t CallNumber(std::int32_t (I::*operation)(Parameters...), Parameters... arguments) {
-    return owner_.Faults().CountAndTest() ? 0 : (inner_.*operation)(Unwrapped<Parameters>(arguments)...);
+    return owner_->Faults().CountAndTest() ? 0 : (inner_->*operation)(Unwrapped<Parameters>(arguments)...);
   }
 
   // For operations whose last output is a result object.
@@ -129,19 +132,20 @@ class Part : public I, public AnyPart {
   zyresult CallFor(IZyObject*& out, zyresult (I::*operation)(Parameters...), Arguments&&... arguments) {
     IZyObject* made = nullptr;
     const zyresult result = Call(operation, arguments..., made);
-    if (ZySucceeded(result) && made) out = owner_.Faults().Wrap(made);
+    if (ZySucceeded(result) && made) out = owner_->Faults().Wrap(made);
     return result;
   }
 
  private:
-  Proxy& owner_;
-  I& inner_;
+  Proxy* owner_ = nullptr;
+  I* inner_ = nullptr;
 };
 
 template <class P>
 MadePart MakePart(Proxy& owner, void* inner) {
   using Interface = typename P::Host;
-  auto part = std::make_unique<P>(owner, *static_cast<Interface*>(inner));
+  auto part = std::make_unique<P>();
+  part->Attach(owner, *static_cast<Interface*>(inner));
   void* asInterface = static_cast<Interface*>(part.get());
   return {std::move(part), asInterface};
 }

@@ -7,160 +7,129 @@ namespace test_support {
 
 namespace {
 
-class ItemPart final : public Part<IZyItem> {
- public:
-  using Part<IZyItem>::Part;
-  zyresult TestType(std::uint32_t type) override { return Call(&IZyItem::TestType, type); }
-  std::uint32_t Type() override { return Call(&IZyItem::Type); }
-  zyresult Ident(const char*& text) override { return Call(&IZyItem::Ident, text); }
-  zyresult Name(const char*& text) override { return Call(&IZyItem::Name, text); }
-  zyresult Parent(IZyObject*& item) override { return CallFor(item, &IZyItem::Parent); }
-  zyresult SubCount(std::uint32_t& count) override { return Call(&IZyItem::SubCount, count); }
+struct ItemPart final : Part<IZyItem> {
+  zyresult TestType(std::uint32_t type) override { return Call(&Host::TestType, type); }
+  std::uint32_t Type() override { return Call(&Host::Type); }
+  zyresult Ident(const char*& text) override { return Call(&Host::Ident, text); }
+  zyresult Name(const char*& text) override { return Call(&Host::Name, text); }
+  zyresult Parent(IZyObject*& item) override { return CallFor(item, &Host::Parent); }
+  zyresult SubCount(std::uint32_t& count) override { return Call(&Host::SubCount, count); }
   zyresult SubByIndex(std::uint32_t index, IZyObject*& item) override {
-    return CallFor(item, &IZyItem::SubByIndex, index);
+    return CallFor(item, &Host::SubByIndex, index);
   }
-  zyresult ChannelCount(std::uint32_t& count) override { return Call(&IZyItem::ChannelCount, count); }
+  zyresult ChannelCount(std::uint32_t& count) override { return Call(&Host::ChannelCount, count); }
   zyresult ChannelLookup(const char* name, std::int32_t& index) override {
-    return Call(&IZyItem::ChannelLookup, name, index);
+    return Call(&Host::ChannelLookup, name, index);
   }
   zyresult ChannelName(std::int32_t index, const char*& text) override {
-    return Call(&IZyItem::ChannelName, index, text);
+    return Call(&Host::ChannelName, index, text);
   }
-  zyresult PackageTest(const char* name) override { return Call(&IZyItem::PackageTest, name); }
-  const char* GetTag(std::uint32_t tagId) override { return Call(&IZyItem::GetTag, tagId); }
-  zyresult Context(IZyObject*& scene) override { return CallFor(scene, &IZyItem::Context); }
+  zyresult PackageTest(const char* name) override { return Call(&Host::PackageTest, name); }
+  const char* GetTag(std::uint32_t tagId) override { return Call(&Host::GetTag, tagId); }
+  zyresult Context(IZyObject*& scene) override { return CallFor(scene, &Host::Context); }
 };
 
-class LocatorPart final : public Part<IZyLocator> {
- public:
-  using Part<IZyLocator>::Part;
+struct LocatorPart final : Part<IZyLocator> {
   zyresult TransformItem(TransformKind kind, IZyObject*& item) override {
-    return CallFor(item, &IZyLocator::TransformItem, kind);
+    return CallFor(item, &Host::TransformItem, kind);
   }
   zyresult WorldTransform(IZyChannelRead* read, Matrix4& matrix) override {
-    return Call(&IZyLocator::WorldTransform, read, matrix);
+    return Call(&Host::WorldTransform, read, matrix);
   }
 };
 
-class TexturePart final : public Part<IZyTexture> {
- public:
-  using Part<IZyTexture>::Part;
-  zyresult LocatorItem(IZyObject*& item) override { return CallFor(item, &IZyTexture::LocatorItem); }
-  const char* ImagePath() override { return Call(&IZyTexture::ImagePath); }
+struct TexturePart final : Part<IZyTexture> {
+  zyresult LocatorItem(IZyObject*& item) override { return CallFor(item, &Host::LocatorItem); }
+  const char* ImagePath() override { return Call(&Host::ImagePath); }
 };
 
-class TriangleSurfacePart final : public Part<IZyTriangleSurface> {
- public:
-  using Part<IZyTriangleSurface>::Part;
+struct TriangleSurfacePart final : Part<IZyTriangleSurface> {};
+
+struct ActionClipPart final : Part<IZyActionClip> {
+  std::int32_t Active() override { return CallNumber(&Host::Active); }
+  std::int32_t Enabled() override { return CallNumber(&Host::Enabled); }
+  zyresult SetActive(std::int32_t state) override { return Call(&Host::SetActive, state); }
 };
 
-class ActionClipPart final : public Part<IZyActionClip> {
- public:
-  using Part<IZyActionClip>::Part;
-  std::int32_t Active() override { return CallNumber(&IZyActionClip::Active); }
-  std::int32_t Enabled() override { return CallNumber(&IZyActionClip::Enabled); }
-  zyresult SetActive(std::int32_t state) override { return Call(&IZyActionClip::SetActive, state); }
+struct GroupItemPart final : Part<IZyGroupItem> {
+  zyresult Enumerator(IZyObject*& enumerator) override { return CallFor(enumerator, &Host::Enumerator); }
 };
 
-class GroupItemPart final : public Part<IZyGroupItem> {
- public:
-  using Part<IZyGroupItem>::Part;
-  zyresult Enumerator(IZyObject*& enumerator) override { return CallFor(enumerator, &IZyGroupItem::Enumerator); }
-};
-
-class GroupEnumeratorPart final : public Part<IZyGroupEnumerator> {
- public:
-  using Part<IZyGroupEnumerator>::Part;
+struct GroupEnumeratorPart final : Part<IZyGroupEnumerator> {
   zyresult Enumerate(GroupMembers members, CZyImpl_AbstractVisitor& visitor) override {
-    return Call(&IZyGroupEnumerator::Enumerate, members, visitor);
+    return Call(&Host::Enumerate, members, visitor);
   }
-  zyresult Item(IZyObject*& item) override { return CallFor(item, &IZyGroupEnumerator::Item); }
+  zyresult Item(IZyObject*& item) override { return CallFor(item, &Host::Item); }
 };
 
-class EnvelopePart final : public Part<IZyEnvelope> {
- public:
-  using Part<IZyEnvelope>::Part;
-  zyresult Keyframe(IZyObject*& keyframe) override { return CallFor(keyframe, &IZyEnvelope::Keyframe); }
+struct EnvelopePart final : Part<IZyEnvelope> {
+  zyresult Keyframe(IZyObject*& keyframe) override { return CallFor(keyframe, &Host::Keyframe); }
 };
 
-class KeyframePart final : public Part<IZyKeyframe> {
- public:
-  using Part<IZyKeyframe>::Part;
-  zyresult First() override { return Call(&IZyKeyframe::First); }
-  zyresult Last() override { return Call(&IZyKeyframe::Last); }
-  zyresult GetTime(double& seconds) override { return Call(&IZyKeyframe::GetTime, seconds); }
+struct KeyframePart final : Part<IZyKeyframe> {
+  zyresult First() override { return Call(&Host::First); }
+  zyresult Last() override { return Call(&Host::Last); }
+  zyresult GetTime(double& seconds) override { return Call(&Host::GetTime, seconds); }
 };
 
-class ChannelReadPart final : public Part<IZyChannelRead> {
- public:
-  using Part<IZyChannelRead>::Part;
+struct ChannelReadPart final : Part<IZyChannelRead> {
   zyresult ValueObject(IZyItem* item, std::int32_t channel, IZyObject*& object) override {
-    return CallFor(object, &IZyChannelRead::ValueObject, item, channel);
+    return CallFor(object, &Host::ValueObject, item, channel);
   }
   zyresult Integer(IZyItem* item, std::int32_t channel, std::int32_t& value) override {
-    return Call(&IZyChannelRead::Integer, item, channel, value);
+    return Call(&Host::Integer, item, channel, value);
   }
   zyresult Double(IZyItem* item, std::int32_t channel, double& value) override {
-    return Call(&IZyChannelRead::Double, item, channel, value);
+    return Call(&Host::Double, item, channel, value);
   }
   zyresult String(IZyItem* item, std::int32_t channel, const char*& text) override {
-    return Call(&IZyChannelRead::String, item, channel, text);
+    return Call(&Host::String, item, channel, text);
   }
   std::int32_t IsAnimated(IZyItem* item, std::int32_t channel) override {
-    return CallNumber(&IZyChannelRead::IsAnimated, item, channel);
+    return CallNumber(&Host::IsAnimated, item, channel);
   }
   zyresult ChannelEnvelope(IZyItem* item, std::int32_t channel, IZyObject*& envelope) override {
-    return CallFor(envelope, &IZyChannelRead::ChannelEnvelope, item, channel);
+    return CallFor(envelope, &Host::ChannelEnvelope, item, channel);
   }
 };
 
-class ItemGraphPart final : public Part<IZyItemGraph> {
- public:
-  using Part<IZyItemGraph>::Part;
-  zyresult FwdCount(IZyItem* item, std::uint32_t& count) override {
-    return Call(&IZyItemGraph::FwdCount, item, count);
-  }
+struct ItemGraphPart final : Part<IZyItemGraph> {
+  zyresult FwdCount(IZyItem* item, std::uint32_t& count) override { return Call(&Host::FwdCount, item, count); }
   zyresult FwdByIndex(IZyItem* item, std::uint32_t index, IZyObject*& out) override {
-    return CallFor(out, &IZyItemGraph::FwdByIndex, item, index);
+    return CallFor(out, &Host::FwdByIndex, item, index);
   }
-  zyresult RevCount(IZyItem* item, std::uint32_t& count) override {
-    return Call(&IZyItemGraph::RevCount, item, count);
-  }
+  zyresult RevCount(IZyItem* item, std::uint32_t& count) override { return Call(&Host::RevCount, item, count); }
   zyresult RevByIndex(IZyItem* item, std::uint32_t index, IZyObject*& out) override {
-    return CallFor(out, &IZyItemGraph::RevByIndex, item, index);
+    return CallFor(out, &Host::RevByIndex, item, index);
   }
 };
 
-class ChannelGraphPart final : public Part<IZyChannelGraph> {
- public:
-  using Part<IZyChannelGraph>::Part;
+struct ChannelGraphPart final : Part<IZyChannelGraph> {
   zyresult RevCount(IZyItem* item, std::int32_t channel, std::uint32_t& count) override {
-    return Call(&IZyChannelGraph::RevCount, item, channel, count);
+    return Call(&Host::RevCount, item, channel, count);
   }
 };
 
-class ScenePart final : public Part<IZyScene> {
- public:
-  using Part<IZyScene>::Part;
+struct ScenePart final : Part<IZyScene> {
   zyresult Channels(const char* actionName, double time, IZyObject*& read) override {
-    return CallFor(read, &IZyScene::Channels, actionName, time);
+    return CallFor(read, &Host::Channels, actionName, time);
   }
-  zyresult SetupChannels(IZyObject*& read) override { return CallFor(read, &IZyScene::SetupChannels); }
+  zyresult SetupChannels(IZyObject*& read) override { return CallFor(read, &Host::SetupChannels); }
   zyresult ItemCount(std::uint32_t type, std::uint32_t& count) override {
-    return Call(&IZyScene::ItemCount, type, count);
+    return Call(&Host::ItemCount, type, count);
   }
   zyresult ItemByIndex(std::uint32_t type, std::uint32_t index, IZyObject*& item) override {
-    return CallFor(item, &IZyScene::ItemByIndex, type, index);
+    return CallFor(item, &Host::ItemByIndex, type, index);
   }
   zyresult AnyItemOfType(std::uint32_t type, IZyObject*& item) override {
-    return CallFor(item, &IZyScene::AnyItemOfType, type);
+    return CallFor(item, &Host::AnyItemOfType, type);
   }
   zyresult GraphLookup(const char* name, IZyObject*& graph) override {
-    return CallFor(graph, &IZyScene::GraphLookup, name);
+    return CallFor(graph, &Host::GraphLookup, name);
   }
-  zyresult RenderCameraCount(std::uint32_t& count) override { return Call(&IZyScene::RenderCameraCount, count); }
+  zyresult RenderCameraCount(std::uint32_t& count) override { return Call(&Host::RenderCameraCount, count); }
   zyresult RenderCameraByIndex(std::uint32_t index, IZyObject*& item) override {
-    return CallFor(item, &IZyScene::RenderCameraByIndex, index);
+    return CallFor(item, &Host::RenderCameraByIndex, index);
   }
 };
 

@@ -7,167 +7,117 @@ namespace test_support {
 
 namespace {
 
-class SceneServicePart final : public Part<IZySceneService> {
- public:
-  using Part<IZySceneService>::Part;
+struct SceneServicePart final : Part<IZySceneService> {
   zyresult ItemTypeLookup(const char* name, std::uint32_t& type) override {
-    return Call(&IZySceneService::ItemTypeLookup, name, type);
+    return Call(&Host::ItemTypeLookup, name, type);
   }
   zyresult ItemTypeName(std::uint32_t type, const char*& text) override {
-    return Call(&IZySceneService::ItemTypeName, type, text);
+    return Call(&Host::ItemTypeName, type, text);
   }
   zyresult MeshInstanceSource(IZyItem* item, IZyObject*& source) override {
-    return CallFor(source, &IZySceneService::MeshInstanceSource, item);
+    return CallFor(source, &Host::MeshInstanceSource, item);
   }
 };
 
-class PacketTranslationPart final : public Part<IZyItemPacketTranslation> {
- public:
-  using Part<IZyItemPacketTranslation>::Part;
-  zyresult Item(void* packet, IZyObject*& item) override {
-    return CallFor(item, &IZyItemPacketTranslation::Item, packet);
-  }
+struct PacketTranslationPart final : Part<IZyItemPacketTranslation> {
+  zyresult Item(void* packet, IZyObject*& item) override { return CallFor(item, &Host::Item, packet); }
 };
 
-class SelectionServicePart final : public Part<IZySelectionService> {
- public:
-  using Part<IZySelectionService>::Part;
-  std::uint32_t LookupType(const char* name) override { return Call(&IZySelectionService::LookupType, name); }
+struct SelectionServicePart final : Part<IZySelectionService> {
+  std::uint32_t LookupType(const char* name) override { return Call(&Host::LookupType, name); }
   zyresult AllocatePacketTranslation(const char* name, IZyObject*& translation) override {
-    return CallFor(translation, &IZySelectionService::AllocatePacketTranslation, name);
+    return CallFor(translation, &Host::AllocatePacketTranslation, name);
   }
-  void* NextPacket(std::uint32_t type, void* previous) override {
-    return Call(&IZySelectionService::NextPacket, type, previous);
-  }
+  void* NextPacket(std::uint32_t type, void* previous) override { return Call(&Host::NextPacket, type, previous); }
 };
 
-class PlatformServicePart final : public Part<IZyPlatformService> {
- public:
-  using Part<IZyPlatformService>::Part;
-  zyresult AppName(const char*& text) override { return Call(&IZyPlatformService::AppName, text); }
-  zyresult AppVersionParts(std::int32_t (&parts)[3]) override {
-    return Call(&IZyPlatformService::AppVersionParts, parts);
-  }
-  zyresult AppVersion(std::int32_t& version) override { return Call(&IZyPlatformService::AppVersion, version); }
-  zyresult AppBuild(std::int32_t& build) override { return Call(&IZyPlatformService::AppBuild, build); }
-  zyresult OsName(const char*& text) override { return Call(&IZyPlatformService::OsName, text); }
-  zyresult OsVersion(const char*& text) override { return Call(&IZyPlatformService::OsVersion, text); }
+struct PlatformServicePart final : Part<IZyPlatformService> {
+  zyresult AppName(const char*& text) override { return Call(&Host::AppName, text); }
+  zyresult AppVersionParts(std::int32_t (&parts)[3]) override { return Call(&Host::AppVersionParts, parts); }
+  zyresult AppVersion(std::int32_t& version) override { return Call(&Host::AppVersion, version); }
+  zyresult AppBuild(std::int32_t& build) override { return Call(&Host::AppBuild, build); }
+  zyresult OsName(const char*& text) override { return Call(&Host::OsName, text); }
+  zyresult OsVersion(const char*& text) override { return Call(&Host::OsVersion, text); }
 };
 
-class LogEntryPart final : public Part<IZyLogEntry> {
- public:
-  using Part<IZyLogEntry>::Part;
-  zyresult AddChild(IZyLogEntry* child) override { return Call(&IZyLogEntry::AddChild, child); }
+struct LogEntryPart final : Part<IZyLogEntry> {
+  zyresult AddChild(IZyLogEntry* child) override { return Call(&Host::AddChild, child); }
 };
 
-class LogPart final : public Part<IZyLog> {
- public:
-  using Part<IZyLog>::Part;
-  zyresult AddEntry(IZyLogEntry* entry) override { return Call(&IZyLog::AddEntry, entry); }
+struct LogPart final : Part<IZyLog> {
+  zyresult AddEntry(IZyLogEntry* entry) override { return Call(&Host::AddEntry, entry); }
 };
 
-class LogServicePart final : public Part<IZyLogService> {
- public:
-  using Part<IZyLogService>::Part;
+struct LogServicePart final : Part<IZyLogService> {
   zyresult SubSystemLookup(const char* name, IZyObject*& log) override {
-    return CallFor(log, &IZyLogService::SubSystemLookup, name);
+    return CallFor(log, &Host::SubSystemLookup, name);
   }
   zyresult NewEntry(zyresult severity, const char* text, IZyObject*& entry) override {
-    return CallFor(entry, &IZyLogService::NewEntry, severity, text);
+    return CallFor(entry, &Host::NewEntry, severity, text);
   }
 };
 
-class MessagePart final : public Part<IZyMessage> {
- public:
-  using Part<IZyMessage>::Part;
-  zyresult Code() override { return Call(&IZyMessage::Code); }
-  zyresult SetCode(zyresult code) override { return Call(&IZyMessage::SetCode, code); }
+struct MessagePart final : Part<IZyMessage> {
+  zyresult Code() override { return Call(&Host::Code); }
+  zyresult SetCode(zyresult code) override { return Call(&Host::SetCode, code); }
   zyresult SetMessage(const char* table, std::uint32_t number) override {
-    return Call(&IZyMessage::SetMessage, table, number);
+    return Call(&Host::SetMessage, table, number);
   }
   zyresult SetArgument(std::uint32_t index, const char* text) override {
-    return Call(&IZyMessage::SetArgument, index, text);
+    return Call(&Host::SetArgument, index, text);
   }
 };
 
-class MessageServicePart final : public Part<IZyMessageService> {
- public:
-  using Part<IZyMessageService>::Part;
-  zyresult NewMessage(IZyObject*& message) override { return CallFor(message, &IZyMessageService::NewMessage); }
+struct MessageServicePart final : Part<IZyMessageService> {
+  zyresult NewMessage(IZyObject*& message) override { return CallFor(message, &Host::NewMessage); }
   zyresult TableText(const char* table, std::uint32_t number, char* buffer, std::uint32_t size) override {
-    return Call(&IZyMessageService::TableText, table, number, buffer, size);
+    return Call(&Host::TableText, table, number, buffer, size);
   }
   zyresult MessageText(IZyMessage* message, char* buffer, std::uint32_t size) override {
-    return Call(&IZyMessageService::MessageText, message, buffer, size);
+    return Call(&Host::MessageText, message, buffer, size);
   }
 };
 
-class DialogServicePart final : public Part<IZyStdDialogService> {
- public:
-  using Part<IZyStdDialogService>::Part;
-  zyresult ShowMessage(IZyMessage* message) override { return Call(&IZyStdDialogService::ShowMessage, message); }
+struct DialogServicePart final : Part<IZyStdDialogService> {
+  zyresult ShowMessage(IZyMessage* message) override { return Call(&Host::ShowMessage, message); }
 };
 
-class UserValuePart final : public Part<IZyUserValue> {
- public:
-  using Part<IZyUserValue>::Part;
-  zyresult GetInt(std::int32_t& value) override { return Call(&IZyUserValue::GetInt, value); }
+struct UserValuePart final : Part<IZyUserValue> {
+  zyresult GetInt(std::int32_t& value) override { return Call(&Host::GetInt, value); }
 };
 
-class ValueServicePart final : public Part<IZyValueService> {
- public:
-  using Part<IZyValueService>::Part;
-  zyresult Query(const char* name, IZyObject*& value) override {
-    return CallFor(value, &IZyValueService::Query, name);
-  }
+struct ValueServicePart final : Part<IZyValueService> {
+  zyresult Query(const char* name, IZyObject*& value) override { return CallFor(value, &Host::Query, name); }
 };
 
-class CommandPart final : public Part<IZyCommand> {
- public:
-  using Part<IZyCommand>::Part;
-  zyresult Message(IZyObject*& message) override { return CallFor(message, &IZyCommand::Message); }
+struct CommandPart final : Part<IZyCommand> {
+  zyresult Message(IZyObject*& message) override { return CallFor(message, &Host::Message); }
 };
 
-class AttributesPart final : public Part<IZyAttributes> {
- public:
-  using Part<IZyAttributes>::Part;
-  zyresult Lookup(const char* name, std::int32_t& index) override {
-    return Call(&IZyAttributes::Lookup, name, index);
-  }
-  zyresult Value(std::int32_t index, IZyObject*& value) override {
-    return CallFor(value, &IZyAttributes::Value, index);
-  }
-  zyresult SetString(std::int32_t index, const char* text) override {
-    return Call(&IZyAttributes::SetString, index, text);
-  }
-  zyresult SetInt(std::int32_t index, std::int32_t value) override {
-    return Call(&IZyAttributes::SetInt, index, value);
-  }
+struct AttributesPart final : Part<IZyAttributes> {
+  zyresult Lookup(const char* name, std::int32_t& index) override { return Call(&Host::Lookup, name, index); }
+  zyresult Value(std::int32_t index, IZyObject*& value) override { return CallFor(value, &Host::Value, index); }
+  zyresult SetString(std::int32_t index, const char* text) override { return Call(&Host::SetString, index, text); }
+  zyresult SetInt(std::int32_t index, std::int32_t value) override { return Call(&Host::SetInt, index, value); }
 };
 
-class ValueReferencePart final : public Part<IZyValueReference> {
- public:
-  using Part<IZyValueReference>::Part;
-  zyresult SetObject(IZyObject* object) override { return Call(&IZyValueReference::SetObject, object); }
+struct ValueReferencePart final : Part<IZyValueReference> {
+  zyresult SetObject(IZyObject* object) override { return Call(&Host::SetObject, object); }
 };
 
-class ValueArrayPart final : public Part<IZyValueArray> {
- public:
-  using Part<IZyValueArray>::Part;
-  std::uint32_t Count() override { return Call(&IZyValueArray::Count); }
+struct ValueArrayPart final : Part<IZyValueArray> {
+  std::uint32_t Count() override { return Call(&Host::Count); }
   zyresult String(std::uint32_t index, char* buffer, std::uint32_t size) override {
-    return Call(&IZyValueArray::String, index, buffer, size);
+    return Call(&Host::String, index, buffer, size);
   }
 };
 
-class CommandServicePart final : public Part<IZyCommandService> {
- public:
-  using Part<IZyCommandService>::Part;
+struct CommandServicePart final : Part<IZyCommandService> {
   zyresult NewCommand(const char* name, IZyObject*& command) override {
-    return CallFor(command, &IZyCommandService::NewCommand, name);
+    return CallFor(command, &Host::NewCommand, name);
   }
   zyresult QueryArgument(IZyCommand* command, std::int32_t argument, IZyObject*& values) override {
-    return CallFor(values, &IZyCommandService::QueryArgument, command, argument);
+    return CallFor(values, &Host::QueryArgument, command, argument);
   }
 };
 

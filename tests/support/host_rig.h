@@ -9,8 +9,21 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace test_support {
+
+inline headless::ItemData& At(headless::SceneData& scene, headless::ItemIndex item) {
+  return scene.items[static_cast<std::size_t>(item)];
+}
+
+inline headless::ChannelData& ChannelOf(headless::SceneData& scene, headless::ItemIndex item,
+                                        const std::string& name) {
+  return At(scene, item).channels[static_cast<std::size_t>(headless::FindChannel(At(scene, item), name))];
+}
+
+inline headless::EnvelopeData Keys(std::vector<headless::KeyData> keys) { return {std::move(keys), {}, {}}; }
 
 // How a read is asked for.
 enum class State { Setup, Edit, Bind, Evaluated };

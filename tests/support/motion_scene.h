@@ -2,11 +2,9 @@
 #pragma once
 
 #include "animation/export_animation.h"
-#include "geometry/mesh_scan.h"
 #include "headless/host.h"
 #include "host/fourcc.h"
-#include "saver/node_tree.h"
-#include "saver/save_run.h"
+#include "tests/support/scan_rig.h"
 
 #include <memory>
 #include <string>
@@ -108,32 +106,15 @@ inline void KeyInClip(SceneData& scene, ItemIndex clip, ChannelRef channel, head
 }
 
 // A save up to the nodes of the scene.
-class Save : private SceneScanVisitor {
+class Save : public test_support::ScanRig {
  public:
-  explicit Save(SceneData scene) : host(std::move(scene)) {
-    SetZyHost(&host);
-    host.SetLogSink([this](const headless::LogLine& line) { log.push_back(line.text); });
-    state = std::make_unique<SaveState>();
-    frame = std::make_unique<SceneFrame>();
-    frame->Bind(host.Scene(), nullptr, false);
-    state->frame = frame.get();
-    state->visitor = this;
-    InitSaver(*state);
-    CreateNodes(*state);
-  }
-  virtual ~Save() {
-    state.reset();
-    frame.reset();
-    SetZyHost(nullptr);
-  }
-  Save(const Save&) = delete;
-  Save& operator=(const Save&) = delete;
+  explicit Save(SceneData scene) : ScanRig(std::move(scene)), state(&Build()) {}
 
   const std::vector<std::unique_ptr<GltfAnimation>>& Animations() const { return state->gltfScene->animations; }
   std::size_t CountLog(const std::string& text) const {
     state->log.Info("counting");  // the host holds a warning or error back until the next line
     std::size_t count = 0;
-    for (const std::string& line : log) count += line.find(text) != std::string::npos;
+    for (const headless::LogLine& line : Log()) count += line.text.find(text) != std::string::npos;
     return count;
   }
   // The sampler of a node's path in the animation at a place; null when there is none.
@@ -144,15 +125,7 @@ class Save : private SceneScanVisitor {
     return nullptr;
   }
 
-  headless::Host host;
-  std::unique_ptr<SaveState> state;
-  std::unique_ptr<SceneFrame> frame;
-  std::vector<std::string> log;
-
- private:
-  void VisitPoint() override { VisitScannedPoint(*state); }
-  void VisitEdge() override {}
-  void VisitPolygon() override { VisitScannedPolygon(*state); }
+  SaveState* const state;
 };
 
 }  // namespace motion

@@ -122,4 +122,24 @@ std::vector<Point> PoseVertices(const GltfFile& file, const PrimitiveVertices& v
   return posed;
 }
 
+std::vector<Point> PoseFile(const GltfFile& file, const std::optional<Moment>& moment) {
+  const std::vector<Matrix4> worlds = PoseNodes(file, moment);
+  std::vector<Point> points;
+  for (rapidjson::SizeType index = 0; index < worlds.size(); ++index) {
+    const Value& node = file.json["nodes"][index];
+    if (!node.HasMember("mesh")) continue;
+    for (const auto& primitive : file.json["meshes"][node["mesh"].GetUint()]["primitives"].GetArray()) {
+      const auto vertices = ReadVertices(file, primitive);
+      if (node.HasMember("skin")) {
+        const auto posed = PoseVertices(file, vertices, file.json["skins"][node["skin"].GetUint()], worlds);
+        points.insert(points.end(), posed.begin(), posed.end());
+        continue;
+      }
+      for (std::size_t i = 0; i < vertices.positions.size() / 3; ++i)
+        points.push_back(Transformed(Triple(vertices.positions, i), worlds[index]));
+    }
+  }
+  return points;
+}
+
 }  // namespace test_support

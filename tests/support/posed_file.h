@@ -38,4 +38,7 @@ PrimitiveVertices ReadVertices(const GltfFile& file, const rapidjson::Value& pri
 std::vector<Point> PoseVertices(const GltfFile& file, const PrimitiveVertices& vertices,
                                 const rapidjson::Value& skin, const std::vector<Matrix4>& worlds);
 
+// Where all vertices of a file stand, skinned or not, node by node.
+std::vector<Point> PoseFile(const GltfFile& file, const std::optional<Moment>& moment);
+
 }  // namespace test_support

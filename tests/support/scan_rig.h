@@ -1,6 +1,7 @@
 // Scenes made in code, and the first steps of a save run on them, with the saver's tables in the open.
 #pragma once
 
+#include "geometry/mesh_scan.h"
 #include "headless/host.h"
 #include "saver/node_tree.h"
 #include "saver/save_run.h"
@@ -55,7 +56,7 @@ struct SceneBuilder {
 };
 
 // A save as far as a test takes it; no file is written.
-class ScanRig final : private SceneScanVisitor {
+class ScanRig : private SceneScanVisitor {
  public:
   explicit ScanRig(headless::SceneData scene) : host_(std::move(scene)) {
     SetZyHost(&host_);
@@ -67,7 +68,7 @@ class ScanRig final : private SceneScanVisitor {
     state_->frame = frame_.get();
     state_->visitor = this;
   }
-  ~ScanRig() {
+  virtual ~ScanRig() {
     state_.reset();
     frame_.reset();
     SetZyHost(nullptr);
@@ -75,6 +76,7 @@ class ScanRig final : private SceneScanVisitor {
   ScanRig(const ScanRig&) = delete;
   ScanRig& operator=(const ScanRig&) = delete;
 
+  headless::Host& Host() { return host_; }
   SaveState& State() { return *state_; }
   SaveState& Scan() {
     InitSaver(*state_);
@@ -102,9 +104,9 @@ class ScanRig final : private SceneScanVisitor {
   }
 
  private:
-  void VisitPoint() override {}
+  void VisitPoint() override { VisitScannedPoint(*state_); }
   void VisitEdge() override {}
-  void VisitPolygon() override {}
+  void VisitPolygon() override { VisitScannedPolygon(*state_); }
 
   headless::Host host_;
   CZyUser_Scene scene_;
