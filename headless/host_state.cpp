@@ -58,8 +58,7 @@ HostState::HostState(SceneData&& data, ItemTypes types)
       index(scene, std::move(types)),
       values(index),
       evaluator(index, values),
-      sceneObject_(std::make_unique<SceneObject>(*this)),
-      meshStores_(scene.items.size()) {
+      sceneObject_(std::make_unique<SceneObject>(*this)) {
   items_.reserve(scene.items.size());
   for (std::size_t place = 0; place < scene.items.size(); ++place)
     items_.emplace_back(*this, static_cast<ItemIndex>(place));
@@ -81,13 +80,10 @@ zyresult HostState::Give(ItemIndex item, IZyObject*& out) {
 IZyScene* HostState::Scene() { return sceneObject_.get(); }
 
 const std::shared_ptr<MeshStore>& HostState::MeshOf(ItemIndex mesh) {
-  std::shared_ptr<MeshStore>& store = meshStores_[At(mesh)];
-  if (store) return store;
   const auto& data = Data(mesh).mesh;
-  if (data.use_count() == 1) return store = MakeMeshStore(data, &demand.triangles);
-  std::shared_ptr<MeshStore>& shared = sharedStores_[data.get()];
-  if (!shared) shared = MakeMeshStore(data, &demand.triangles);
-  return store = shared;
+  std::shared_ptr<MeshStore>& store = meshStores_[data.get()];
+  if (!store) store = MakeMeshStore(data, &demand.triangles);
+  return store;
 }
 
 const char* HostState::ImagePath(ItemIndex imageMap) {

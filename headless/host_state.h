@@ -54,9 +54,7 @@ class HostState {
 
   std::vector<Item> items_;  // by index, so that the order of pointers is scene order
   std::unique_ptr<SceneObject> sceneObject_;
-  std::vector<std::shared_ptr<MeshStore>> meshStores_;  // by item, made when asked for
-  std::unordered_map<const MeshData*, std::shared_ptr<MeshStore>>
-      sharedStores_;  // of data that several meshes share
+  std::unordered_map<const MeshData*, std::shared_ptr<MeshStore>> meshStores_;  // meshes may share their data
   std::unordered_map<ItemIndex, std::string> imagePaths_;
 };
 

@@ -1,8 +1,7 @@
-// A text that never changes and takes no more than a pointer.
+// A text that never changes and is shared by its copies.
 #pragma once
 
-#include <atomic>
-#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -10,30 +9,20 @@
 
 namespace headless {
 
-// For what many records say alike: copies share the text, from several threads too.
+// For what many records say alike.
 class SharedText {
  public:
   SharedText() = default;
-  SharedText(std::string text) : shared_(text.empty() ? nullptr : new Shared{std::move(text)}) {}  // NOLINT
-  SharedText(const char* text) : SharedText(std::string(text)) {}                                  // NOLINT
-  SharedText(const SharedText& other) : shared_(other.shared_) {
-    if (shared_) shared_->users.fetch_add(1, std::memory_order_relaxed);
-  }
-  SharedText(SharedText&& other) noexcept : shared_(std::exchange(other.shared_, nullptr)) {}
-  SharedText& operator=(SharedText other) noexcept {
-    std::swap(shared_, other.shared_);
-    return *this;
-  }
-  ~SharedText() {
-    if (shared_ && shared_->users.fetch_sub(1, std::memory_order_acq_rel) == 1) delete shared_;
-  }
+  SharedText(std::string text)  // NOLINT: used as a text is
+      : text_(text.empty() ? nullptr : std::make_shared<const std::string>(std::move(text))) {}
+  SharedText(const char* text) : SharedText(std::string(text)) {}  // NOLINT
 
-  const char* c_str() const { return shared_ ? shared_->text.c_str() : ""; }
-  operator std::string_view() const { return shared_ ? std::string_view(shared_->text) : std::string_view(); }
+  const char* c_str() const { return text_ ? text_->c_str() : ""; }
+  operator std::string_view() const { return text_ ? std::string_view(*text_) : std::string_view(); }
   operator std::string() const { return std::string(std::string_view(*this)); }
 
   friend bool operator==(const SharedText& one, const SharedText& other) {
-    return one.shared_ == other.shared_ || std::string_view(one) == std::string_view(other);
+    return one.text_ == other.text_ || std::string_view(one) == std::string_view(other);
   }
   template <class Text, class = std::enable_if_t<!std::is_same_v<Text, SharedText>>>
   friend bool operator==(const SharedText& one, const Text& other) {
@@ -41,12 +30,7 @@ class SharedText {
   }
 
  private:
-  struct Shared {
-    const std::string text;
-    std::atomic<std::uint32_t> users = 1;
-  };
-
-  Shared* shared_ = nullptr;  // null: empty
+  std::shared_ptr<const std::string> text_;  // null: empty
 };
 
 }  // namespace headless

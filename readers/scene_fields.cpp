@@ -55,7 +55,7 @@ void ReadRotationOrder(const Json& value, ItemData& rotation) {
 }
 
 // What item objects and transform objects have in common.
-void FillCommon(const SceneParts& parts, const Members& json, ItemData& item) {
+void FillCommon(const SceneParts& parts, const Json& json, ItemData& item) {
   if (const Json* channels = Find(json, "channels")) ReadChannels(*channels, item);
   if (const Json* packages = Find(json, "packages")) {
     for (const Json& package : ReadList(*packages).GetArray())
@@ -102,7 +102,7 @@ RecordedWorld ReadWorld(const Json& value, BinaryFiles& files) {
 }
 
 // Marks the main transform items: those that say so, else the first of each kind that doesn't deny it.
-void SetMainTransforms(const SceneParts& parts, const std::vector<ItemIndex>& stack, const Members& json,
+void SetMainTransforms(const SceneParts& parts, const std::vector<ItemIndex>& stack, const Json& json,
                        ItemData& item) {
   for (const MainKind& row : kMainKinds) {
     ItemIndex& main = item.mainTransforms[static_cast<std::size_t>(row.kind)];
@@ -122,7 +122,7 @@ void SetMainTransforms(const SceneParts& parts, const std::vector<ItemIndex>& st
   }
 }
 
-void FillTransforms(const SceneParts& parts, ItemIndex index, const Members& json) {
+void FillTransforms(const SceneParts& parts, ItemIndex index, const Json& json) {
   const std::vector<ItemIndex> stack = parts.items.Stack(index);
   for (const ItemIndex transform : stack) parts.scene.graphs["xfrmCore"].emplace_back(transform, index);
   SetMainTransforms(parts, stack, json, parts.scene.items[At(index)]);
@@ -159,7 +159,7 @@ void MakeActor(const SceneParts& parts, const Json& key, ItemIndex index) {
   }
 }
 
-void FillItemObject(const SceneParts& parts, ItemIndex index, const Members& json) {
+void FillItemObject(const SceneParts& parts, ItemIndex index, const Json& json) {
   ItemData& item = parts.scene.items[At(index)];
   FillCommon(parts, json, item);
   FillTransforms(parts, index, json);
@@ -248,14 +248,13 @@ void FillItem(const SceneParts& parts, ItemIndex index) {
   const ItemSource& source = parts.items.Sources()[At(index)];
   ItemData& item = parts.scene.items[At(index)];
   if (source.kind == ItemSource::Kind::Item) {
-    FillItemObject(parts, index, Members(*source.json));
+    FillItemObject(parts, index, *source.json);
   } else if (source.kind == ItemSource::Kind::Vector) {
     ReadTransformValue(*source.json, item);
   } else if (source.kind == ItemSource::Kind::Transform) {
-    const Members json(*source.json);
-    FillCommon(parts, json, item);
-    if (const Json* value = Find(json, "value")) ReadTransformValue(*value, item);
-    if (const Json* order = Find(json, "rotationOrder")) {
+    FillCommon(parts, *source.json, item);
+    if (const Json* value = Find(*source.json, "value")) ReadTransformValue(*value, item);
+    if (const Json* order = Find(*source.json, "rotationOrder")) {
       RequireType(parts, item, "rotation", *order);
       ReadRotationOrder(*order, item);
     }
@@ -266,16 +265,15 @@ void FillChannelUsers(const SceneParts& parts, ItemIndex index) {
   const ItemSource& source = parts.items.Sources()[At(index)];
   if (source.kind != ItemSource::Kind::Item) return;
   ItemData& item = parts.scene.items[At(index)];
-  const Members json(*source.json);
-  if (const Json* deformGroup = Find(json, "deformGroup")) {
+  if (const Json* deformGroup = Find(*source.json, "deformGroup")) {
     RequireType(parts, item, "deformGroup", *deformGroup);
     item.deformGroup = ReadDeformGroup(parts, *deformGroup);
   }
-  if (const Json* group = Find(json, "group")) {
+  if (const Json* group = Find(*source.json, "group")) {
     RequireType(parts, item, "group", *group);
     item.group = ReadGroup(parts, *group);
   }
-  if (const Json* clip = Find(json, "clip")) {
+  if (const Json* clip = Find(*source.json, "clip")) {
     RequireType(parts, item, "actionclip", *clip);
     item.clip = ReadClip(parts, *clip);
   }

@@ -43,12 +43,12 @@ const Json& ItemObject(const Json& value) {
   return value;
 }
 
-std::string TypeOf(const Members& item) {
+std::string TypeOf(const Json& item) {
   if (const Json* type = Find(item, "type")) return ReadText(*type);
   return Find(item, "mesh") ? "mesh" : "locator";
 }
 
-std::string NameOf(const Members& item, const std::string& type) {
+std::string NameOf(const Json& item, const std::string& type) {
   for (const char* key : {"name", "id"}) {
     if (const Json* text = Find(item, key)) return ReadText(*text);
   }
@@ -78,21 +78,20 @@ SceneItems::SceneItems(const Json& root, headless::SceneData& scene) : scene_(sc
 }
 
 ItemIndex SceneItems::AddTree(const Json& item, ItemIndex parent) {
-  const Members members(ItemObject(item));
-  const std::string type = TypeOf(members);
-  const ItemIndex index = Add({Kind::Item, &item, -1}, item, type, NameOf(members, type), parent);
-  AddTransforms(members, index);
+  const std::string type = TypeOf(ItemObject(item));
+  const ItemIndex index = Add({Kind::Item, &item, -1}, item, type, NameOf(item, type), parent);
+  AddTransforms(item, index);
   const auto addInline = [this](const Json& value) {
     if (value.IsObject()) AddInside(value, -1);
   };
-  if (const Json* locator = members.Find("textureLocator")) addInline(*locator);
+  if (const Json* locator = readers::Find(item, "textureLocator")) addInline(*locator);
   const auto addList = [&](const Json* list) {
     if (!list) return;
     for (const Json& entry : ReadList(*list).GetArray()) addInline(entry);
   };
-  addList(members.Find("deformers"));
-  if (const Json* group = members.Find("deformGroup")) addList(readers::Find(*group, "deformers"));
-  if (const Json* children = members.Find("children")) {
+  addList(readers::Find(item, "deformers"));
+  if (const Json* group = readers::Find(item, "deformGroup")) addList(readers::Find(*group, "deformers"));
+  if (const Json* children = readers::Find(item, "children")) {
     for (const Json& child : ReadList(*children).GetArray()) {
       if (!child.IsString()) AddInside(child, index);
     }
@@ -102,10 +101,10 @@ ItemIndex SceneItems::AddTree(const Json& item, ItemIndex parent) {
 
 void SceneItems::AddInside(const Json& item, ItemIndex parent) { byJson_.emplace(&item, AddTree(item, parent)); }
 
-void SceneItems::AddTransforms(const Members& item, ItemIndex locator) {
-  const Json* transforms = item.Find("transforms");
+void SceneItems::AddTransforms(const Json& item, ItemIndex locator) {
+  const Json* transforms = readers::Find(item, "transforms");
   for (const VectorKey& row : kVectorKeys) {
-    const Json* value = item.Find(row.key);
+    const Json* value = readers::Find(item, row.key);
     if (!value) continue;
     if (transforms) Fail(*value, "is short for an entry of \"transforms\", which stands here too");
     Add({Kind::Vector, value, locator}, *value, row.type, row.name, -1);

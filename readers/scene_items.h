@@ -52,7 +52,7 @@ class SceneItems {
 
   headless::ItemIndex AddTree(const Json& item, headless::ItemIndex parent);
   void AddInside(const Json& item, headless::ItemIndex parent);
-  void AddTransforms(const Members& item, headless::ItemIndex locator);
+  void AddTransforms(const Json& item, headless::ItemIndex locator);
   headless::ItemIndex Add(const ItemSource& source, const Json& place, const std::string& type,
                           const std::string& name, headless::ItemIndex parent);
   // Returns the items that have none.

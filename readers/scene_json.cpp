@@ -174,13 +174,8 @@ const Json* Find(const Json& object, std::string_view key) {
   if (!object.IsObject()) Fail(object, "expected an object");
   // Most keys that are asked for aren't there, and their lengths tell that.
   for (auto member = object.MemberBegin(); member != object.MemberEnd(); ++member)
-    if (member->name.GetStringLength() == key.size() && TextView(member->name) == key) return &member->value;
+    if (member->name.GetStringLength() == key.size() && member->name.GetString() == key) return &member->value;
   return nullptr;
-}
-
-Members::Members(const Json& object) : object_(object) {
-  if (!object.IsObject()) Fail(object, "expected an object");
-  for (const auto& member : object.GetObject()) lengths_ |= LengthBit(member.name.GetStringLength());
 }
 
 const Json& Require(const Json& object, std::string_view key) {

@@ -45,22 +45,6 @@ const Json* Find(const Json& object, std::string_view key);
 // As Find, but a missing key is a fault.
 const Json& Require(const Json& object, std::string_view key);
 
-// An object that is asked for many keys. Most of them it lacks, and the lengths of those it has tell that at once.
-class Members {
- public:
-  explicit Members(const Json& object);
-  const Json* Find(std::string_view key) const {
-    return (lengths_ & LengthBit(key.size())) != 0 ? readers::Find(object_, key) : nullptr;
-  }
-
- private:
-  static std::uint32_t LengthBit(std::size_t length) { return std::uint32_t{1} << length % 32; }
-
-  const Json& object_;
-  std::uint32_t lengths_ = 0;
-};
-inline const Json* Find(const Members& object, std::string_view key) { return object.Find(key); }  // as of a Json
-
 std::string_view TextView(const Json& value);  // of a text
 std::string ReadText(const Json& value);
 double ReadNumber(const Json& value);

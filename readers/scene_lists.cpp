@@ -60,13 +60,6 @@ const char* PassNumber(const char* begin, const char* end) {
 
 bool IsBlank(char c) { return c == ' ' || c == '\n' || c == '\r' || c == '\t'; }
 
-// True for a list whose text is too short for a long one, as most are.
-bool EndsSoon(const char* begin, const char* end) {
-  const char* const last = begin + std::min<std::ptrdiff_t>(end - begin, 2 * kLongestShortList);
-  const char* const bracket = std::find_if(begin + 1, last, [](char c) { return c == '[' || c == ']'; });
-  return bracket != last && *bracket == ']';
-}
-
 bool IsBetweenEntries(char c) { return c == ',' || IsBlank(c); }
 
 }  // namespace
@@ -97,10 +90,7 @@ std::optional<Json> ToNumber(std::string_view digits) {
 }
 
 const LongList* LongListFinder::Find(const char* place, std::size_t levels) {
-  if (place >= scanned_) {
-    if (EndsSoon(place, end_)) return nullptr;
-    Scan(place, levels);
-  }
+  if (place >= scanned_) Scan(place, levels);
   while (next_ < found_.size() && found_[next_].begin < place) ++next_;
   return next_ < found_.size() && found_[next_].begin == place ? &found_[next_] : nullptr;
 }

@@ -34,8 +34,7 @@ std::optional<LongList> FindLongList(const Json& value);
 // A number of the text, none when it is too big. Whole ones are integers, all others the nearest f64.
 std::optional<Json> ToNumber(std::string_view digits);
 
-// Finds the long lists of a text ahead of its parser. No character is looked at more than twice, however lists are
-// nested.
+// Finds the long lists of a text ahead of its parser. No character is looked at twice, however lists are nested.
 class LongListFinder {
  public:
   explicit LongListFinder(std::string_view text) : end_(text.data() + text.size()), scanned_(text.data()) {}

@@ -234,7 +234,7 @@ void BuildBox(const Json& value, MeshData& mesh) {
   mesh.points = std::move(points);
 }
 
-void ReadShape(const Members& value, BinaryFiles& files, MeshData& mesh) {
+void ReadShape(const Json& value, BinaryFiles& files, MeshData& mesh) {
   const Json* points = Find(value, "points");
   const Json* polygons = Find(value, "polygons");
   if (const Json* box = Find(value, "box")) {
@@ -256,8 +256,7 @@ const MapType* FindMapType(std::uint32_t type) {
 
 double SmoothingRadians(double degrees) { return degrees * std::numbers::pi / 180; }
 
-MeshData ReadMesh(const Json& object, BinaryFiles& files) {
-  const Members value(object);
+MeshData ReadMesh(const Json& value, BinaryFiles& files) {
   MeshData mesh;
   ReadShape(value, files, mesh);
   const Json* material = Find(value, "material");
@@ -278,7 +277,7 @@ MeshData ReadMesh(const Json& object, BinaryFiles& files) {
   if (const Json* triangles = Find(value, "triangles")) ReadTriangles(*triangles, files, mesh);
   if (const Json* normals = Find(value, "cornerNormals"))
     mesh.cornerNormals = ReadArray<double>(*normals, files, 3);
-  if (const auto fault = headless::FindMeshFault(mesh)) Fail(object, *fault);
+  if (const auto fault = headless::FindMeshFault(mesh)) Fail(value, *fault);
   return mesh;
 }
 

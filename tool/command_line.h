@@ -9,7 +9,7 @@ class App;
 
 namespace tool {
 
-// Runs a subcommand whose arguments have been parsed. Returns the exit code, or ends the process with it.
+// Runs a subcommand whose arguments have been parsed. Returns the exit code.
 using RunCommand = std::function<int()>;
 
 // Each adds a subcommand with its options to the app and says how to run it. What a subcommand throws while the
@@ -22,7 +22,7 @@ RunCommand AddPreview(CLI::App& app);
 RunCommand AddRecord(CLI::App& app);
 
 // Parses the arguments and runs the subcommand they name. Prints help, the version and usage errors itself.
-// As RunCommand.
+// Returns the exit code.
 int RunCommandLine(int argc, const char* const* argv);
 
 }  // namespace tool

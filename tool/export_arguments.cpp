@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdlib>
 #include <map>
 #include <memory>
 #include <set>
@@ -221,10 +220,7 @@ RunCommand AddExport(CLI::App& app) {
   CLI::App& command = *app.add_subcommand("export", "Export a scene to glTF 2.0.");
   const auto arguments = std::make_shared<ExportArguments>();
   AddExportArguments(command, *arguments);
-  return [arguments]() -> int {
-    const ExportOutcome outcome = RunExport(*arguments, Report(arguments->verbosity));
-    std::exit(outcome.exitCode);  // its host stands
-  };
+  return [arguments] { return RunExport(*arguments, Report(arguments->verbosity)).exitCode; };
 }
 
 }  // namespace tool

@@ -25,7 +25,6 @@
 #include <algorithm>
 #include <csignal>
 #include <future>
-#include <memory>
 #include <new>
 #include <optional>
 #include <set>
@@ -52,7 +51,7 @@ class ExportRun {
   void Run();
 
  private:
-  std::shared_ptr<const headless::Host> ExportToFile();
+  void ExportToFile();
   headless::SceneData ReadInput();
   void SettleImages(headless::SceneData& scene);
   void SetUserValues(headless::SceneData& scene);
@@ -91,24 +90,21 @@ std::string StagedName(const fs::path& output) {
 
 void ExportRun::Run() {
   CheckName(arguments_.output);
-  outcome_.host = ExportToFile();
-  if (arguments_.previewPage.empty()) return;
-  outcome_.host.reset();
-  WritePage();
+  ExportToFile();
+  if (!arguments_.previewPage.empty()) WritePage();
 }
 
-std::shared_ptr<const headless::Host> ExportRun::ExportToFile() {
+void ExportRun::ExportToFile() {
   Staging staging(arguments_.output, StagedName(arguments_.output));
   for (const std::string& note : staging.Notes()) report_.Note(note);
   stages_.Begin(Stage::Reading);
-  const auto host = std::make_shared<headless::Host>(ReadInput());
-  SaveLogged(*host, staging.File());
+  headless::Host host(ReadInput());
+  SaveLogged(host, staging.File());
   stages_.Begin(Stage::Verifying);
-  Check(*host, staging);
+  Check(host, staging);
   if (MemoryRanOut()) throw std::bad_alloc();  // something may be missing
   stages_.Begin(Stage::Moving);
   MoveIntoPlace(staging);
-  return host;
 }
 
 headless::SceneData ExportRun::ReadInput() {

@@ -10,14 +10,9 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
-
-namespace headless {
-class Host;
-}
 
 namespace tool {
 
@@ -38,9 +33,6 @@ struct ExportOutcome {
   Stages::Numbers seconds{};
   double secondsInAll = 0;
   std::uint64_t peakMemory = 0;  // bytes
-  // What the scene was exported by, null when more was done after that. Who ends the process can leave it
-  // standing: taking it down piece by piece is a fortieth of the export of many nodes.
-  std::shared_ptr<const headless::Host> host;
 };
 
 // Items that share what, why and help.
