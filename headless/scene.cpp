@@ -37,14 +37,13 @@ zyresult SceneObject::ItemByIndex(std::uint32_t type, std::uint32_t index, IZyOb
 
 zyresult SceneObject::GraphLookup(const char* name, IZyObject*& graph) {
   if (!name) return ZYe_FAILED;
-  const bool isChannelGraph = std::string_view(name) == "chanLinks";
-  const auto& data = host_.scene.graphs;
-  const auto links = data.find(name);
-  if (links == data.end() && !isChannelGraph) return ZYe_FAILED;
+  const auto links = host_.scene.graphs.find(name);
+  if (links == host_.scene.graphs.end()) return ZYe_FAILED;
+  const bool isChannelGraph = links->first == "chanLinks";
   std::unique_ptr<Graph>& made = graphs_[name];
   if (!made)
-    made = std::make_unique<Graph>(host_, links == data.end() ? std::span<const Link>() : links->second,
-                                   isChannelGraph ? ChannelLinks::Scene : ChannelLinks::None);
+    made =
+        std::make_unique<Graph>(host_, links->second, isChannelGraph ? ChannelLinks::Scene : ChannelLinks::None);
   graph = static_cast<IZyItemGraph*>(made.get());
   graph->AddRef();
   return ZYe_OK;

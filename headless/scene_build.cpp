@@ -126,7 +126,7 @@ int MainTransformPlace(std::string_view type) {
 SceneData MakeScene() {
   SceneData scene;
   AddItem(scene, "scene", "Scene");
-  for (const char* graph : {"xfrmCore", "xfrmLocal", "targets", "currentGroups"}) scene.graphs[graph];
+  for (const char* graph : {"xfrmCore", "xfrmLocal", "targets", "currentGroups", "chanLinks"}) scene.graphs[graph];
   return scene;
 }
 

@@ -166,8 +166,8 @@ struct SceneData {
   std::vector<ItemData> items;  // in scene order
   // Types beyond the host's own, with their base types.
   std::vector<std::pair<std::string, std::string>> types;
-  // Named item graphs as links (from, to) in order; a graph that isn't here doesn't exist. "chanLinks" always
-  // does.
+  // Named item graphs as links (from, to) in order; a graph that isn't here doesn't exist. "chanLinks" gives
+  // `channelLinks` too.
   std::map<std::string, std::vector<std::pair<ItemIndex, ItemIndex>>> graphs;
   std::vector<ChannelLink> channelLinks;
   std::vector<ItemIndex> selection;

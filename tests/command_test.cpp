@@ -1,5 +1,6 @@
 // The built command from outside: what it writes and says, how it ends, and what it leaves behind.
 #include "readers/read_scene.h"
+#include "readers/text_utf8.h"
 #include "tests/support/command_fixture.h"
 #include "tests/support/save_runner.h"
 
@@ -37,6 +38,18 @@ TEST_F(Command, LogsWhatTheSaversLog) {
     const fs::path golden = kGoldens / name;
     EXPECT_EQ(Export(golden.string() + ".orvo", "OUT/a.glb", {"--log", "OUT/log"}).exitCode, kDone);
     EXPECT_EQ(Read("log"), ReadWholeFile(golden.string() + ".log.jsonl"));
+  }
+}
+
+TEST_F(Command, LogsUtf8WhereAMessageIsCutInsideACharacter) {
+  std::string name;
+  for (int letter = 0; letter < 600; ++letter) name += "\xC3\xA9";
+  for (const char* before : {"", "a"}) {
+    WriteFile("long.orvo", std::string(R"({"orvo": 1, "items": [{"name": ")") + before + name + "\"}]}");
+    EXPECT_EQ(Export("OUT/long.orvo", "OUT/a.glb", {"--log", "OUT/log"}).exitCode, kDone);
+    const std::string log = Read("log");
+    EXPECT_THAT(log, HasSubstr("Root item:"));
+    EXPECT_EQ(readers::ToUtf8(log), log);
   }
 }
 

@@ -125,11 +125,18 @@ TEST_F(ExportReport, NamesWhatIsNotCarriedOverAndTheFlagThatHelps) {
   WriteFile("a.orvo", R"({"orvo": 1, "items": [
       {"name": "Sun", "type": "sunLight"}, {"name": "Lamp", "type": "pointLight"},
       {"name": "Ghost", "type": "mesh", "mesh": {"points": [0, 0, 0]}, "channels": {"visible": 1}},
-      {"name": "Shown", "type": "mesh", "mesh": {"points": [0, 0, 0]}, "channels": {"visible": 0}}, {"name": "Eye", "type": "camera"}]})");
+      {"name": "Shown", "type": "mesh", "mesh": {"points": [0, 0, 0]}, "channels": {"visible": 0}}, {"name": "Eye", "type": "camera"},
+      {"name": "Under", "mesh": {"points": [0, 0, 0]}, "parent": "Arm"}, {"name": "Arm", "parent": "Lamp"},
+      {"name": "MorphGroup", "children": [{"name": "Pose", "mesh": {"points": [0, 0, 0]}}]}]})");
   Json report = Report("OUT/a.orvo", "OUT/a.glb", {}, kDone);
-  EXPECT_THAT(last_.errors, AllOf(HasSubstr("\n  light \"Sun\", \"Lamp\": lights aren't exported\n"),
-                                  HasSubstr("camera lens \"Eye\""),
-                                  HasSubstr("\n  mesh \"Ghost\": its channel \"visible\" hides it\n")));
+  EXPECT_THAT(
+      last_.errors,
+      AllOf(HasSubstr("\n  light \"Sun\", \"Lamp\": lights aren't exported\n"), HasSubstr("camera lens \"Eye\""),
+            HasSubstr("\n  mesh \"Ghost\": its channel \"visible\" hides it\n"),
+            HasSubstr("\n  mesh \"Under\": stands below \"Lamp\", which is left out\n"),
+            HasSubstr("\n  item \"MorphGroup\": for its name it is left out with all below it\n"),
+            HasSubstr("\n  mesh \"Pose\": stands below \"MorphGroup\", which is left out\n")));
+  EXPECT_EQ(Counted(report, "nodes"), 3u);
   EXPECT_THAT(TextOf(report["notCarriedOver"]), HasSubstr(R"("items":["Sun","Lamp"])"));
 
   WriteMeshes("large.orvo", 3, 21846, 1);

@@ -4,6 +4,7 @@
 #include "tool/batch_run.h"
 #include "tool/command_line.h"
 #include "tool/export_arguments.h"
+#include "tool/failure.h"
 #include "tool/memory_limit.h"
 #include "tool/output_error.h"
 #include "tool/report.h"
@@ -13,7 +14,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -185,7 +185,7 @@ void TellLines(const Report& report, const std::string& text) {
 }
 
 int RunBatch(BatchArguments arguments) {
-  for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  IgnoreWriteSignals();
   const Report report(arguments.verbosity);
   try {
     Manifest manifest = OpenManifest(arguments);

@@ -2,13 +2,10 @@
 
 #include "tool/batch_record.h"
 #include "tool/export_job.h"
-#include "tool/memory_limit.h"
-#include "tool/output_error.h"
+#include "tool/failure.h"
 #include "tool/report.h"
 
 #include <filesystem>
-#include <new>
-#include <system_error>
 #include <vector>
 
 namespace tool {
@@ -57,20 +54,9 @@ BatchResult RunLine(const BatchLine& line, Redo redo) {
     report.Note(line.output + ": done already");
     return result;
   }
-  try {
-    Export(line, report, result);
-  } catch (const OutputError& error) {
-    result.exitCode = kOutput;
-    result.error = error.what();
-    report.Error(result.error);
-  } catch (const std::system_error& error) {
-    result.exitCode = kOutput;
-    result.error = line.output + ": " + error.what();
-    report.Error(result.error);
-  } catch (const std::bad_alloc&) {
-    const MemoryFailure failure = OutOfMemory(kOutput);
-    result.exitCode = failure.exitCode;
-    result.error = line.output + ": " + failure.reason;
+  if (const auto failure = FailureOf(line.output, [&] { Export(line, report, result); })) {
+    result.exitCode = failure->exitCode;
+    result.error = failure->text;
     report.Error(result.error);
   }
   if (result.exitCode != kDone) result.status = BatchStatus::Failed;

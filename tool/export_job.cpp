@@ -6,6 +6,7 @@
 #include "readers/program_files.h"
 #include "readers/read_scene.h"
 #include "tool/export_plan.h"
+#include "tool/failure.h"
 #include "tool/image_copies.h"
 #include "tool/image_paths.h"
 #include "tool/index_bits.h"
@@ -23,7 +24,6 @@
 #include <sys/resource.h>
 
 #include <algorithm>
-#include <csignal>
 #include <future>
 #include <new>
 #include <optional>
@@ -269,40 +269,6 @@ std::uint64_t PeakMemory() {
   return peak;
 }
 
-struct Failure {
-  ExitCode exitCode;
-  std::string text;
-};
-
-Failure MemoryFailureOf(const fs::path& file) {
-  const MemoryFailure failure = OutOfMemory(kOutput);
-  return {failure.exitCode, file.string() + ": " + failure.reason};
-}
-
-bool IsLackOfMemory(const std::error_code& code) {
-  return code == std::errc::not_enough_memory || code == std::errc::resource_unavailable_try_again;
-}
-
-// What went wrong in `run`, none when it went through.
-template <class Function>
-std::optional<Failure> FailureOf(const fs::path& file, Function run) {
-  try {
-    run();
-    return std::nullopt;
-  } catch (const readers::InputError& error) {
-    return Failure{kInput, error.what()};
-  } catch (const headless::ModuleError& error) {
-    return MemoryRanOut() ? MemoryFailureOf(file) : Failure{kUsage, error.what()};
-  } catch (const OutputError& error) {
-    return MemoryRanOut() ? MemoryFailureOf(file) : Failure{kOutput, error.what()};
-  } catch (const std::system_error& error) {  // a file system that fails in between, or a thread that can't start
-    return IsLackOfMemory(error.code()) ? MemoryFailureOf(file)
-                                        : Failure{kOutput, file.string() + ": " + error.what()};
-  } catch (const std::bad_alloc&) {
-    return MemoryFailureOf(file);
-  }
-}
-
 }  // namespace
 
 ExportOutcome ExportScene(const ExportArguments& arguments, const Report& report) {
@@ -331,8 +297,7 @@ ExportOutcome ExportScene(const ExportArguments& arguments, const Report& report
 }
 
 ExportOutcome RunExport(const ExportArguments& arguments, const Report& report) {
-  // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
-  for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  IgnoreWriteSignals();
   LimitMemory(arguments.maxMemory);
   ExportOutcome outcome;
   const std::optional<Failure> failure = FailureOf(arguments.reportFile, [&] {

@@ -7,6 +7,7 @@
 #include "readers/program_files.h"
 #include "tool/command_line.h"
 #include "tool/exit_codes.h"
+#include "tool/failure.h"
 #include "tool/load_options_dialog.h"
 #include "tool/load_options_print.h"
 #include "tool/memory_limit.h"
@@ -16,7 +17,6 @@
 #include <fmt/core.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -145,8 +145,7 @@ void Run(const LoadOptionsArguments& arguments, const Report& report) {
 }
 
 int RunLoadOptions(const LoadOptionsArguments& arguments) {
-  // A reader of the output that goes away, or a limit on file sizes, shall fail the write and not the command.
-  for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  IgnoreWriteSignals();
   const Report report;
   try {
     Run(arguments, report);

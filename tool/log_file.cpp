@@ -1,5 +1,6 @@
 #include "tool/log_file.h"
 
+#include "readers/text_utf8.h"
 #include "tool/output_error.h"
 
 #include <rapidjson/stringbuffer.h>
@@ -38,13 +39,14 @@ LogFile::~LogFile() {
 }
 
 void LogFile::Write(const headless::LogLine& line) {
+  const std::string message = readers::ToUtf8(line.text);  // one that was cut may end inside a character
   rapidjson::StringBuffer text;
   rapidjson::Writer<rapidjson::StringBuffer> writer(text);
   writer.StartObject();
   writer.Key("kind");
   writer.String(KindName(line.kind));
   writer.Key("text");
-  writer.String(line.text.c_str(), static_cast<rapidjson::SizeType>(line.text.size()));
+  writer.String(message.data(), static_cast<rapidjson::SizeType>(message.size()));
   writer.EndObject();
   text.Put('\n');
   std::fwrite(text.GetString(), 1, text.GetSize(), stream_);

@@ -12,7 +12,8 @@ namespace tool {
 // "setup", "info", "warning", "error", "warningDialog" or "errorDialog".
 const char* KindName(headless::LogLine::Kind kind);
 
-// Writes an object a message, {"kind":...,"text":...}, in order, texts as they stand.
+// Writes an object a message, {"kind":...,"text":...}, in order. A text that isn't UTF-8 is taken for
+// Latin-1.
 class LogFile {
  public:
   // Throws OutputError when the file can't be made.

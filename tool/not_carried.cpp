@@ -1,15 +1,20 @@
 #include "tool/not_carried.h"
 
 #include "headless/item_types.h"
+#include "headless/scene_index.h"
 
 #include <fmt/core.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 #include <string_view>
 
 namespace tool {
 namespace {
 
+using headless::At;
+using headless::ItemIndex;
 using std::string_view;
 
 // A message of the savers: the item's name stands between `before` and the last `after` (empty: the end).
@@ -59,6 +64,10 @@ constexpr KindRule kKindRules[] = {
     {"morphDeform", "morph", "morphs aren't exported"},
 };
 
+// What the savers leave out together with all below it.
+constexpr string_view kDroppedTypes[] = {"light", "lightMaterial", "txtrLocator", "morphDeform"};
+constexpr string_view kDroppedNames[] = {"MorphGroup", "TextureGroup"};
+
 // The digits behind a key.
 string_view NumberBehind(string_view text, string_view key) {
   const std::size_t place = text.rfind(key);
@@ -77,22 +86,69 @@ std::optional<NotCarried> Apply(const LogRule& rule, string_view text) {
   return NotCarried{std::string(rest.substr(0, end)), rule.what, why, rule.help};
 }
 
-std::vector<const KindRule*> RulesFor(const headless::SceneData& scene, string_view type) {
-  std::vector<const KindRule*> rules;
+struct TypeRules {
+  std::vector<const KindRule*> kinds;
+  bool isLocator = false;
+  bool isDropped = false;
+};
+
+TypeRules RulesFor(const headless::SceneData& scene, string_view type) {
+  const auto derives = [&](string_view base) { return headless::TypeDerivesFrom(scene, type, base); };
+  TypeRules rules;
   for (const KindRule& rule : kKindRules)
-    if (headless::TypeDerivesFrom(scene, type, rule.type)) rules.push_back(&rule);
+    if (derives(rule.type)) rules.kinds.push_back(&rule);
+  rules.isLocator = derives("locator");
+  rules.isDropped = std::any_of(std::begin(kDroppedTypes), std::end(kDroppedTypes), derives);
   return rules;
 }
 
+bool IsDroppedForName(const headless::ItemData& item, const TypeRules& rules) {
+  const string_view name = item.name;
+  return rules.isLocator &&
+         std::find(std::begin(kDroppedNames), std::end(kDroppedNames), name) != std::end(kDroppedNames);
+}
+
+// Per item: the nearest one above it that is dropped, -1 for none.
+std::vector<ItemIndex> FindDroppedAbove(const headless::SceneData& scene, const std::vector<bool>& dropped) {
+  constexpr ItemIndex kNone = -1, kUnknown = -2;
+  std::vector<ItemIndex> above(scene.items.size(), kUnknown);
+  std::vector<ItemIndex> path;
+  for (std::size_t start = 0; start < above.size(); ++start) {
+    ItemIndex item = static_cast<ItemIndex>(start);
+    for (; item >= 0 && above[At(item)] == kUnknown; item = scene.items[At(item)].parent) {
+      above[At(item)] = kNone;  // ends a circle
+      path.push_back(item);
+    }
+    for (; !path.empty(); path.pop_back()) {
+      if (item >= 0) above[At(path.back())] = dropped[At(item)] ? item : above[At(item)];
+      item = path.back();
+    }
+  }
+  return above;
+}
+
+bool HasShape(const headless::ItemData& item) { return item.mesh && item.mesh->PointCount() > 0; }
+
 // As the channel stands without keys or links: non-zero hides the mesh.
 bool IsHidden(const headless::ItemData& item) {
-  if (!item.mesh || item.mesh->PointCount() == 0) return false;
   const std::int32_t place = headless::FindChannel(item, "visible");
   if (place < 0) return false;
   const headless::ChannelData& channel = item.channels[static_cast<std::size_t>(place)];
   const headless::ChannelValue& value = channel.extras->edit ? *channel.extras->edit : channel.setup;
   const auto* number = std::get_if<std::int32_t>(&value);
   return number && *number != 0;
+}
+
+void AddBelowDropped(const headless::SceneData& scene, const std::vector<bool>& dropped,
+                     std::vector<NotCarried>& found) {
+  if (std::find(dropped.begin(), dropped.end(), true) == dropped.end()) return;
+  const std::vector<ItemIndex> above = FindDroppedAbove(scene, dropped);
+  for (std::size_t place = 0; place < above.size(); ++place) {
+    const headless::ItemData& item = scene.items[place];
+    if (above[place] < 0 || !HasShape(item)) continue;
+    const std::string& name = scene.items[At(above[place])].name;
+    found.push_back({item.name, "mesh", fmt::format("stands below \"{}\", which is left out", name), ""});
+  }
 }
 
 }  // namespace
@@ -107,13 +163,20 @@ std::optional<NotCarried> NotCarriedByLog(const headless::LogLine& line) {
 
 std::vector<NotCarried> NotCarriedByKind(const headless::SceneData& scene) {
   std::vector<NotCarried> found;
-  std::map<string_view, std::vector<const KindRule*>> rulesByType;  // scenes have many items and few types
+  std::map<string_view, TypeRules> rulesByType;  // scenes have many items and few types
+  std::vector<bool> dropped;
   for (const headless::ItemData& item : scene.items) {
-    if (IsHidden(item)) found.push_back({item.name, "mesh", "its channel \"visible\" hides it", ""});
     const auto [entry, isNew] = rulesByType.try_emplace(item.type);
     if (isNew) entry->second = RulesFor(scene, item.type);
-    for (const KindRule* rule : entry->second) found.push_back({item.name, rule->what, rule->why, ""});
+    const TypeRules& rules = entry->second;
+    if (HasShape(item) && IsHidden(item))
+      found.push_back({item.name, "mesh", "its channel \"visible\" hides it", ""});
+    for (const KindRule* rule : rules.kinds) found.push_back({item.name, rule->what, rule->why, ""});
+    const bool forName = IsDroppedForName(item, rules);
+    if (forName) found.push_back({item.name, "item", "for its name it is left out with all below it", ""});
+    dropped.push_back(rules.isDropped || forName);
   }
+  AddBelowDropped(scene, dropped, found);
   return found;
 }
 

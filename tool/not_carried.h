@@ -22,8 +22,8 @@ struct NotCarried {
 // What a warning or an error of the host's log says was left out.
 std::optional<NotCarried> NotCarriedByLog(const headless::LogLine& line);
 
-// What the export of a whole scene passes over without a word: kinds of items that the savers don't know, hidden
-// meshes.
+// What the export of a whole scene passes over without a word: kinds of items that the savers don't know, names that
+// leave items out, meshes below these, hidden meshes.
 std::vector<NotCarried> NotCarriedByKind(const headless::SceneData& scene);
 
 }  // namespace tool

@@ -1,20 +1,15 @@
-#include "readers/read_scene.h"
 #include "tool/command_line.h"
-#include "tool/exit_codes.h"
+#include "tool/failure.h"
 #include "tool/memory_limit.h"
-#include "tool/output_error.h"
 #include "tool/preview_page.h"
 #include "tool/report.h"
 
 #include <CLI/CLI.hpp>
 
-#include <csignal>
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
-#include <system_error>
 
 namespace tool {
 namespace {
@@ -35,27 +30,16 @@ void CheckExtensions(const PreviewArguments& arguments) {
 }
 
 int RunPreview(const PreviewArguments& arguments) {
-  for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  IgnoreWriteSignals();
   LimitMemory(arguments.maxMemory);
   const Report report(arguments.verbosity);
-  try {
+  const auto failure = FailureOf(arguments.output, [&] {
     WritePreviewPage(arguments.input, arguments.output);
     report.Note(arguments.output.string());
-    return kDone;
-  } catch (const readers::InputError& error) {
-    report.Error(error.what());
-    return kInput;
-  } catch (const OutputError& error) {
-    report.Error(error.what());
-    return kOutput;
-  } catch (const std::system_error& error) {  // a file system that fails in between
-    report.Error(arguments.output.string() + ": " + error.what());
-    return kOutput;
-  } catch (const std::bad_alloc&) {
-    const MemoryFailure failure = OutOfMemory(kOutput);
-    report.Error(arguments.output.string() + ": " + failure.reason);
-    return failure.exitCode;
-  }
+  });
+  if (!failure) return kDone;
+  report.Error(failure->text);
+  return failure->exitCode;
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 #include "readers/read_scene.h"
 #include "readers/scene_writer.h"
 #include "tool/command_line.h"
-#include "tool/exit_codes.h"
+#include "tool/failure.h"
 #include "tool/input_check.h"
 #include "tool/memory_limit.h"
 #include "tool/output_error.h"
@@ -13,13 +13,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include <csignal>
 #include <filesystem>
 #include <memory>
-#include <new>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 namespace tool {
@@ -72,27 +69,13 @@ void Record(const RecordArguments& arguments, const Report& report) {
 }
 
 int RunRecord(const RecordArguments& arguments) {
-  // A reader of the messages that goes away, or a limit on file sizes, shall fail the write and not the command.
-  for (const int number : {SIGPIPE, SIGXFSZ}) std::signal(number, SIG_IGN);
+  IgnoreWriteSignals();
   LimitMemory(arguments.maxMemory);
   const Report report(arguments.verbosity);
-  try {
-    Record(arguments, report);
-    return kDone;
-  } catch (const readers::InputError& error) {
-    report.Error(error.what());
-    return kInput;
-  } catch (const OutputError& error) {
-    report.Error(error.what());
-    return kOutput;
-  } catch (const std::system_error& error) {  // a file system that fails in between
-    report.Error(arguments.output.string() + ": " + error.what());
-    return kOutput;
-  } catch (const std::bad_alloc&) {
-    const MemoryFailure failure = OutOfMemory(kOutput);
-    report.Error(arguments.output.string() + ": " + failure.reason);
-    return failure.exitCode;
-  }
+  const auto failure = FailureOf(arguments.output, [&] { Record(arguments, report); });
+  if (!failure) return kDone;
+  report.Error(failure->text);
+  return failure->exitCode;
 }
 
 }  // namespace

@@ -35,6 +35,7 @@ inline ItemIndex AddSceneItem(SceneData& scene, double start, double end, double
   headless::SetChannel(At(scene, item), "currentE", end);
   headless::SetChannel(At(scene, item), "fps", fps);
   scene.userValues["sceneio.gltf.save.exportType"] = 0;
+  scene.graphs["chanLinks"];
   return item;
 }
 
