@@ -77,15 +77,19 @@ ShaderLayer ClassifyLayer(const SaveState& state, IZyItem* item) {
   if (!layer.valid) return layer;
 
   layer.name = NameOf(wrapped);
+  CZyUser_Scene scene;
+  CZyUser_ChannelRead edit;
+  wrapped.Context(scene);
+  scene.Channels("edit", 0, edit);
   std::int32_t enable = 0;
-  ReadInteger(state.chanEdit, wrapped, "enable", enable);
+  ReadInteger(edit, wrapped, "enable", enable);
   layer.enabled = enable > 0;
 
   const LayerType& type = FindLayerType(state.typeCodes, wrapped);
   layer.family = type.family;
   layer.kind = type.kind;
   if (layer.kind == LayerKind::ImageMap) {
-    layer.effect = ReadText(state.chanEdit, wrapped, "effect");
+    layer.effect = ReadText(edit, wrapped, "effect");
     ClassifyEffect(layer);
   }
   return layer;
