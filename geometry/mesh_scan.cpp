@@ -122,7 +122,7 @@ GltfMesh* CreateMeshForItem(SaveState& state, const CZyUser_Item& item) {
   if (frame.PolyAccessor(scan.currentPolygon)) scan.valueKeys.Set(scan.currentPolygon.Raw());
   ChooseKeyMaps(scan);
   frame.ScanPoints(*state.visitor);
-  StartWedges(scan, static_cast<std::uint32_t>(corners));
+  StartWedges(scan, static_cast<std::size_t>(std::max(corners, 0)));
   frame.ScanPolygons(*state.visitor);
   if (state.options.materials != 0) CollectTags(state, *mesh);
   FinishWedges(scan);
