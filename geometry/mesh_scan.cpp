@@ -5,6 +5,8 @@
 #include "geometry/wedges.h"
 #include "host/fourcc.h"
 
+#include <algorithm>
+
 namespace {
 
 // With 16-bit indices a primitive has at most as many vertices as its mesh has corners.
