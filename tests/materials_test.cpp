@@ -179,6 +179,16 @@ TEST(ShaderTree, DisabledMaskOrShaderGivesDefaults) {
   }
 }
 
+// What a save can't read of the edit state stays as it is; the shader is there all the same.
+TEST(ShaderTree, IsWalkedWithoutTheSavesOwnRead) {
+  ShaderScene scene;
+  scene.Add("glTFShader", "shader", scene.AddMask("tag"), {{"metallic", 0.25}});
+  MaterialRun run(scene);
+  run.State().chanEdit.Clear();
+  EXPECT_EQ(Values(run.Resolve("tag")), kDefaults);
+  EXPECT_THAT(run.TakeWarnings(), IsEmpty());
+}
+
 const std::string kSeveralWarning =
     "warning|    Found multiple Orvo materials in glTF layer 'mask tag' only the first Orvo material under the "
     "glTF material in the shader tree will be used for transparency!";
