@@ -139,6 +139,14 @@ TEST_F(ExportReport, NamesWhatIsNotCarriedOverAndTheFlagThatHelps) {
   EXPECT_EQ(Counted(report, "nodes"), 3u);
   EXPECT_THAT(TextOf(report["notCarriedOver"]), HasSubstr(R"("items":["Sun","Lamp"])"));
 
+  WriteFile("rig.orvo", R"({"orvo": 1, "items": [{"name": "Eye", "type": "camera",
+      "children": [{"name": "Hood", "mesh": {"points": [0, 0, 0]}}]}]})");
+  Report("OUT/rig.orvo", "OUT/a.glb", {}, kDone);
+  EXPECT_THAT(last_.errors, Not(HasSubstr("Hood")));
+  Report("OUT/rig.orvo", "OUT/a.glb", {"--cameras", "off"}, kDone);
+  EXPECT_THAT(last_.errors, AllOf(HasSubstr("\n  mesh \"Hood\": stands below \"Eye\", which is left out\n"),
+                                  Not(HasSubstr("lens"))));
+
   WriteMeshes("large.orvo", 3, 21846, 1);
   report = Report("OUT/large.orvo", "OUT/a.glb", {}, kDone);
   EXPECT_EQ(Counted(report, "meshes"), 0u);

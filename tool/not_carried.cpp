@@ -67,6 +67,7 @@ constexpr KindRule kKindRules[] = {
 // What the savers leave out together with all below it.
 constexpr string_view kDroppedTypes[] = {"light", "lightMaterial", "txtrLocator", "morphDeform"};
 constexpr string_view kDroppedNames[] = {"MorphGroup", "TextureGroup"};
+constexpr char kCameras[] = "sceneio.gltf.save.cameras";  // cameras go the same way when it is 0
 
 // The digits behind a key.
 string_view NumberBehind(string_view text, string_view key) {
@@ -94,11 +95,13 @@ struct TypeRules {
 
 TypeRules RulesFor(const headless::SceneData& scene, string_view type) {
   const auto derives = [&](string_view base) { return headless::TypeDerivesFrom(scene, type, base); };
+  const auto cameras = scene.userValues.find(kCameras);
+  const bool isUnwanted = cameras != scene.userValues.end() && cameras->second == 0 && derives("camera");
   TypeRules rules;
   for (const KindRule& rule : kKindRules)
-    if (derives(rule.type)) rules.kinds.push_back(&rule);
+    if (!isUnwanted && derives(rule.type)) rules.kinds.push_back(&rule);
   rules.isLocator = derives("locator");
-  rules.isDropped = std::any_of(std::begin(kDroppedTypes), std::end(kDroppedTypes), derives);
+  rules.isDropped = isUnwanted || std::any_of(std::begin(kDroppedTypes), std::end(kDroppedTypes), derives);
   return rules;
 }
 
