@@ -158,6 +158,25 @@ TEST_F(ExportReport, NamesWhatIsNotCarriedOverAndTheFlagThatHelps) {
   EXPECT_THAT(last_.errors, HasSubstr("mesh \"Patch\": has 65538"));
 }
 
+TEST_F(ExportReport, NamesKeysThatNoNodeShows) {
+  WriteFile("keys.orvo", R"({"orvo": 1, "items": [
+      {"name": "Lamp", "type": "pointLight",
+       "channels": {"glow": {"keys": [[0, 1], [1, 2]]}, "still": {"keys": [[0, 1]]}}},
+      {"name": "Door", "rotation": {"keys": [[0, 0, 0, 0], [1, 0, 90, 0]]}},
+      {"name": "Knob", "channels": {"turn": {"keys": [[0, 0], [1, 1]]}, "tint": 1, "drive": 0}},
+      {"name": "Open", "type": "actionclip", "clip": {
+        "motion": {"Door": {"rotation": {"keys": [[0, 0, 0, 0], [1, 90, 0, 0]]}}},
+        "channels": [{"channel": ["Knob", "tint"], "keys": [[0, 0], [1, 1]]}]}}],
+      "links": [{"from": ["Knob", "turn"], "to": ["Knob", "drive"]}]})");
+  Report("OUT/keys.orvo", "OUT/a.glb", {}, kDone);
+  EXPECT_THAT(last_.errors, AllOf(HasSubstr("\n  animation \"Lamp\": keys of \"glow\" aren't exported\n"),
+                                  HasSubstr("\n  animation \"Knob\": keys of \"tint\" aren't exported\n")));
+  for (const char* carried : {"\"still\"", "\"Door", "\"turn\"", "\"rot."})
+    EXPECT_THAT(last_.errors, Not(HasSubstr(carried)));
+  Report("OUT/keys.orvo", "OUT/a.glb", {"--animation", "off"}, kDone);
+  EXPECT_THAT(last_.errors, Not(HasSubstr("keys of")));
+}
+
 TEST_F(ExportReport, AutomaticIndicesAreThoseThatTheMeshesNeed) {
   WriteMeshes("most.orvo", 3, 21845, 1);
   WriteMeshes("more.orvo", 3, 21846, 1);

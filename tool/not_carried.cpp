@@ -8,7 +8,10 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
+#include <set>
 #include <string_view>
+#include <utility>
+#include <variant>
 
 namespace tool {
 namespace {
@@ -69,6 +72,10 @@ constexpr string_view kDroppedTypes[] = {"light", "lightMaterial", "txtrLocator"
 constexpr string_view kDroppedNames[] = {"MorphGroup", "TextureGroup"};
 constexpr char kCameras[] = "sceneio.gltf.save.cameras";  // cameras go the same way when it is 0
 
+// Keys of these move no node by themselves.
+constexpr string_view kStillTypes[] = {"locator", "textureLayer", "morphDeform"};
+constexpr char kAnimation[] = "sceneio.gltf.save.animation";
+
 // The digits behind a key.
 string_view NumberBehind(string_view text, string_view key) {
   const std::size_t place = text.rfind(key);
@@ -87,23 +94,48 @@ std::optional<NotCarried> Apply(const LogRule& rule, string_view text) {
   return NotCarried{std::string(rest.substr(0, end)), rule.what, why, rule.help};
 }
 
+bool IsOff(const headless::SceneData& scene, const char* userValue) {
+  const auto value = scene.userValues.find(userValue);
+  return value != scene.userValues.end() && value->second == 0;
+}
+
 struct TypeRules {
   std::vector<const KindRule*> kinds;
   bool isLocator = false;
   bool isDropped = false;
+  bool isStill = false;
 };
 
-TypeRules RulesFor(const headless::SceneData& scene, string_view type) {
-  const auto derives = [&](string_view base) { return headless::TypeDerivesFrom(scene, type, base); };
-  const auto cameras = scene.userValues.find(kCameras);
-  const bool isUnwanted = cameras != scene.userValues.end() && cameras->second == 0 && derives("camera");
-  TypeRules rules;
-  for (const KindRule& rule : kKindRules)
-    if (!isUnwanted && derives(rule.type)) rules.kinds.push_back(&rule);
-  rules.isLocator = derives("locator");
-  rules.isDropped = isUnwanted || std::any_of(std::begin(kDroppedTypes), std::end(kDroppedTypes), derives);
-  return rules;
-}
+// What holds for the items of a type. Scenes have many items and few types.
+class RuleTable {
+ public:
+  explicit RuleTable(const headless::SceneData& scene) : scene_(scene) {}
+
+  const TypeRules& Of(const headless::ItemData& item) {
+    const auto [entry, isNew] = rules_.try_emplace(item.type);
+    if (isNew) entry->second = Find(item.type);
+    return entry->second;
+  }
+
+ private:
+  TypeRules Find(string_view type) const {
+    const auto derives = [&](string_view base) { return headless::TypeDerivesFrom(scene_, type, base); };
+    const auto isOneOf = [&](const auto& types) {
+      return std::any_of(std::begin(types), std::end(types), derives);
+    };
+    const bool isUnwanted = IsOff(scene_, kCameras) && derives("camera");
+    TypeRules rules;
+    for (const KindRule& rule : kKindRules)
+      if (!isUnwanted && derives(rule.type)) rules.kinds.push_back(&rule);
+    rules.isLocator = derives("locator");
+    rules.isDropped = isUnwanted || isOneOf(kDroppedTypes);
+    rules.isStill = isOneOf(kStillTypes);
+    return rules;
+  }
+
+  const headless::SceneData& scene_;
+  std::map<string_view, TypeRules> rules_;
+};
 
 bool IsDroppedForName(const headless::ItemData& item, const TypeRules& rules) {
   const string_view name = item.name;
@@ -154,6 +186,47 @@ void AddBelowDropped(const headless::SceneData& scene, const std::vector<bool>& 
   }
 }
 
+bool Moves(const headless::EnvelopeData& curve) { return curve.keys.size() > 1; }
+
+bool Moves(const headless::ChannelExtras& extras) {
+  return (extras.envelope && Moves(*extras.envelope)) || (extras.setupEnvelope && Moves(*extras.setupEnvelope));
+}
+
+// Keys that only tell of colours, visibility and the like. What a link carries on may move a node.
+class LostKeys {
+ public:
+  LostKeys(const headless::SceneData& scene, RuleTable& rules) : scene_(scene), rules_(rules) {
+    for (const headless::ChannelLink& link : scene.channelLinks)
+      linked_.emplace(link.from.item, link.from.channel);
+  }
+
+  void AddTo(std::vector<NotCarried>& found) {
+    for (std::size_t place = 0; place < scene_.items.size(); ++place) {
+      const headless::ItemData& item = scene_.items[place];
+      if (item.clip)
+        for (const auto& [channel, value] : item.clip->channels)
+          if (const auto* curve = std::get_if<headless::EnvelopeData>(&value); curve && Moves(*curve))
+            Add(channel, found);
+      if (!rules_.Of(item).isStill) continue;
+      for (std::size_t channel = 0; channel < item.channels.size(); ++channel)
+        if (Moves(*item.channels[channel].extras))
+          Add({static_cast<ItemIndex>(place), static_cast<std::int32_t>(channel)}, found);
+    }
+  }
+
+ private:
+  void Add(headless::ChannelRef ref, std::vector<NotCarried>& found) const {
+    const headless::ItemData& item = scene_.items[At(ref.item)];
+    if (!rules_.Of(item).isStill || linked_.count({ref.item, ref.channel}) > 0) return;
+    const string_view channel = item.channels[At(ref.channel)].name;
+    found.push_back({item.name, "animation", fmt::format("keys of \"{}\" aren't exported", channel), ""});
+  }
+
+  const headless::SceneData& scene_;
+  RuleTable& rules_;
+  std::set<std::pair<ItemIndex, std::int32_t>> linked_;
+};
+
 }  // namespace
 
 std::optional<NotCarried> NotCarriedByLog(const headless::LogLine& line) {
@@ -166,12 +239,10 @@ std::optional<NotCarried> NotCarriedByLog(const headless::LogLine& line) {
 
 std::vector<NotCarried> NotCarriedByKind(const headless::SceneData& scene) {
   std::vector<NotCarried> found;
-  std::map<string_view, TypeRules> rulesByType;  // scenes have many items and few types
+  RuleTable rulesOf(scene);
   std::vector<bool> dropped;
   for (const headless::ItemData& item : scene.items) {
-    const auto [entry, isNew] = rulesByType.try_emplace(item.type);
-    if (isNew) entry->second = RulesFor(scene, item.type);
-    const TypeRules& rules = entry->second;
+    const TypeRules& rules = rulesOf.Of(item);
     if (HasShape(item) && IsHidden(item))
       found.push_back({item.name, "mesh", "its channel \"visible\" hides it", ""});
     for (const KindRule* rule : rules.kinds) found.push_back({item.name, rule->what, rule->why, ""});
@@ -180,6 +251,7 @@ std::vector<NotCarried> NotCarriedByKind(const headless::SceneData& scene) {
     dropped.push_back(rules.isDropped || forName);
   }
   AddBelowDropped(scene, dropped, found);
+  if (!IsOff(scene, kAnimation)) LostKeys(scene, rulesOf).AddTo(found);
   return found;
 }
 
