@@ -172,9 +172,8 @@ std::string JsonPlace(const Json& root, const JsonFault& fault) {
 
 const Json* Find(const Json& object, std::string_view key) {
   if (!object.IsObject()) Fail(object, "expected an object");
-  // Most keys that are asked for aren't there, and their lengths tell that.
   for (auto member = object.MemberBegin(); member != object.MemberEnd(); ++member)
-    if (member->name.GetStringLength() == key.size() && member->name.GetString() == key) return &member->value;
+    if (key == std::string_view(member->name.GetString(), member->name.GetStringLength())) return &member->value;
   return nullptr;
 }
 

@@ -302,7 +302,7 @@ TEST(SceneFile, KeepsSettingsGraphsAndReferences) {
                 {"id": "c", "type": "actionclip", "clip": {
                  "channels": [{"channel": ["a", "worldMatrix"], "value": 2},
                               {"channel": ["a", 0], "keys": [[0, 1, "cubic", 2, 3]]}]}}],
-      "graphs": {"targets": null, "chanLinks": null, "xfrmLocal": [["a", "g"], ["g", "a"]]},
+      "graphs": {"targets": null, "xfrmLocal": [["a", "g"], ["g", "a"]]},
       "renderCameras": ["a"]})");
   EXPECT_EQ(scene.application.name + scene.application.osName + scene.application.osVersion, "ABC");
   EXPECT_EQ(scene.application.build, 7);
@@ -310,7 +310,7 @@ TEST(SceneFile, KeepsSettingsGraphsAndReferences) {
   EXPECT_EQ(scene.exportTagsCommand, headless::CommandState::Fails);
   const std::pair<const char*, double> times[] = {{"time", 0.5}, {"currentS", 1}, {"currentE", 2}, {"fps", 30}};
   for (const auto& [name, value] : times) EXPECT_EQ(std::get<double>(Channel(scene.items[0], name).setup), value);
-  EXPECT_EQ(scene.graphs.count("targets") + scene.graphs.count("chanLinks"), 0u);
+  EXPECT_EQ(scene.graphs.count("targets"), 0u);
   EXPECT_THAT(scene.graphs.at("xfrmLocal"), ElementsAre(std::pair(1, 2), std::pair(2, 1)));
   EXPECT_THAT(scene.graphs.at("currentGroups"), ElementsAre(std::pair(0, 2)));
   EXPECT_THAT(IdsOf(scene, scene.renderCameras), ElementsAre("a"));

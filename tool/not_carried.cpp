@@ -106,16 +106,19 @@ struct TypeRules {
   bool isStill = false;
 };
 
-// What holds for the items of a type. Scenes have many items and few types.
+// What holds for the items of a scene by their types, of which there are few.
 class RuleTable {
  public:
-  explicit RuleTable(const headless::SceneData& scene) : scene_(scene) {}
-
-  const TypeRules& Of(const headless::ItemData& item) {
-    const auto [entry, isNew] = rules_.try_emplace(item.type);
-    if (isNew) entry->second = Find(item.type);
-    return entry->second;
+  explicit RuleTable(const headless::SceneData& scene) : scene_(scene) {
+    rulesOfItem_.reserve(scene.items.size());
+    for (const headless::ItemData& item : scene.items) {
+      const auto [entry, isNew] = rulesByType_.try_emplace(item.type);
+      if (isNew) entry->second = Find(item.type);
+      rulesOfItem_.push_back(&entry->second);
+    }
   }
+
+  const TypeRules& Of(ItemIndex item) const { return *rulesOfItem_[At(item)]; }
 
  private:
   TypeRules Find(string_view type) const {
@@ -134,7 +137,8 @@ class RuleTable {
   }
 
   const headless::SceneData& scene_;
-  std::map<string_view, TypeRules> rules_;
+  std::map<string_view, TypeRules> rulesByType_;
+  std::vector<const TypeRules*> rulesOfItem_;
 };
 
 bool IsDroppedForName(const headless::ItemData& item, const TypeRules& rules) {
@@ -195,35 +199,34 @@ bool Moves(const headless::ChannelExtras& extras) {
 // Keys that only tell of colours, visibility and the like. What a link carries on may move a node.
 class LostKeys {
  public:
-  LostKeys(const headless::SceneData& scene, RuleTable& rules) : scene_(scene), rules_(rules) {
+  LostKeys(const headless::SceneData& scene, const RuleTable& rules) : scene_(scene), rules_(rules) {
     for (const headless::ChannelLink& link : scene.channelLinks)
       linked_.emplace(link.from.item, link.from.channel);
   }
 
-  void AddTo(std::vector<NotCarried>& found) {
-    for (std::size_t place = 0; place < scene_.items.size(); ++place) {
-      const headless::ItemData& item = scene_.items[place];
+  void AddTo(std::vector<NotCarried>& found) const {
+    for (ItemIndex index = 0; At(index) < scene_.items.size(); ++index) {
+      const headless::ItemData& item = scene_.items[At(index)];
       if (item.clip)
         for (const auto& [channel, value] : item.clip->channels)
           if (const auto* curve = std::get_if<headless::EnvelopeData>(&value); curve && Moves(*curve))
             Add(channel, found);
-      if (!rules_.Of(item).isStill) continue;
-      for (std::size_t channel = 0; channel < item.channels.size(); ++channel)
-        if (Moves(*item.channels[channel].extras))
-          Add({static_cast<ItemIndex>(place), static_cast<std::int32_t>(channel)}, found);
+      if (!rules_.Of(index).isStill) continue;
+      for (std::int32_t channel = 0; At(channel) < item.channels.size(); ++channel)
+        if (Moves(*item.channels[At(channel)].extras)) Add({index, channel}, found);
     }
   }
 
  private:
   void Add(headless::ChannelRef ref, std::vector<NotCarried>& found) const {
+    if (!rules_.Of(ref.item).isStill || linked_.count({ref.item, ref.channel}) > 0) return;
     const headless::ItemData& item = scene_.items[At(ref.item)];
-    if (!rules_.Of(item).isStill || linked_.count({ref.item, ref.channel}) > 0) return;
     const string_view channel = item.channels[At(ref.channel)].name;
     found.push_back({item.name, "animation", fmt::format("keys of \"{}\" aren't exported", channel), ""});
   }
 
   const headless::SceneData& scene_;
-  RuleTable& rules_;
+  const RuleTable& rules_;
   std::set<std::pair<ItemIndex, std::int32_t>> linked_;
 };
 
@@ -239,10 +242,11 @@ std::optional<NotCarried> NotCarriedByLog(const headless::LogLine& line) {
 
 std::vector<NotCarried> NotCarriedByKind(const headless::SceneData& scene) {
   std::vector<NotCarried> found;
-  RuleTable rulesOf(scene);
+  const RuleTable table(scene);
   std::vector<bool> dropped;
-  for (const headless::ItemData& item : scene.items) {
-    const TypeRules& rules = rulesOf.Of(item);
+  for (ItemIndex index = 0; At(index) < scene.items.size(); ++index) {
+    const headless::ItemData& item = scene.items[At(index)];
+    const TypeRules& rules = table.Of(index);
     if (HasShape(item) && IsHidden(item))
       found.push_back({item.name, "mesh", "its channel \"visible\" hides it", ""});
     for (const KindRule* rule : rules.kinds) found.push_back({item.name, rule->what, rule->why, ""});
@@ -251,7 +255,7 @@ std::vector<NotCarried> NotCarriedByKind(const headless::SceneData& scene) {
     dropped.push_back(rules.isDropped || forName);
   }
   AddBelowDropped(scene, dropped, found);
-  if (!IsOff(scene, kAnimation)) LostKeys(scene, rulesOf).AddTo(found);
+  if (!IsOff(scene, kAnimation)) LostKeys(scene, table).AddTo(found);
   return found;
 }
 
